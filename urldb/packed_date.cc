@@ -1,0 +1,14 @@
+#include "urldb/packed_date.h"
+
+namespace urldb {
+
+static_assert(packDate({2024, 3, 31}) == ((3U << 17) | (2024U << 5) | 31U));
+static_assert(unpackDate(packDate({2024, 12, 1})) == FreshDate{2024, 12, 1});
+
+FreshDate localDate(std::time_t time) {
+  std::tm local{};
+  if (localtime_r(&time, &local) == nullptr) return {};
+  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+}
+
+}  // namespace urldb
