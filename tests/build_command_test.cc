@@ -1,0 +1,534 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/file_descriptor.h"
+#include "tests/run_program.h"
+#include "tests/temporary_folder.h"
+#include "urldb/database_view.h"
+#include "urldb/packed_date.h"
+#include "urldb/urldb.h"
+
+namespace urldb {
+namespace {
+
+constexpr const char* kProgram = URLDB_PROGRAM;
+
+bool holds(const std::string& text, std::string_view part) {
+  return text.find(part) != std::string::npos;
+}
+
+class BuildCommand : public testing::Test {
+ protected:
+  using Arguments = std::vector<std::string>;
+
+  // Runs `urldb build -o <db> arguments...`.
+  ProgramResult build(const Arguments& arguments,
+                      std::string_view input = {}) const {
+    Arguments command = {kProgram, "build", "-o", db()};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return runProgram(command, input);
+  }
+
+  // The same from the folder, for shell lines.
+  std::string buildLine() const {
+    return "cd " + folder_.path() + " && " + kProgram + " build -o db ";
+  }
+
+  // The categories of a URL, as `urldb lookup` prints them.
+  std::string lookup(const std::string& url) const {
+    const ProgramResult result =
+        runProgram({kProgram, "lookup", "-d", db()}, url + "\n");
+    EXPECT_EQ("", result.err);
+    const std::size_t tab = result.out.find('\t');
+    if (tab == std::string::npos) return "no answer: " + result.out;
+    return result.out.substr(tab + 1, result.out.size() - tab - 2);
+  }
+
+  std::string dump() const {
+    const ProgramResult result = runProgram({kProgram, "dump", "-d", db()});
+    EXPECT_EQ(0, result.status) << result.err;
+    return result.out;
+  }
+
+  // A database to be kept, and what it must still be afterwards.
+  void makeOld() {
+    ASSERT_EQ(0, build({"old=/dev/stdin"}, "old.com\n").status);
+    old_ = folder_.read("db");
+  }
+  void expectOldUntouched() const {
+    EXPECT_TRUE(old_ == folder_.read("db")) << "the database has changed";
+    expectNoTemporaryFile();
+  }
+  void expectNoTemporaryFile() const { EXPECT_FALSE(temporaryFileIsThere()); }
+
+  bool temporaryFileIsThere() const {
+    for (const auto& entry :
+         std::filesystem::directory_iterator(folder_.path())) {
+      if (entry.path().filename().string().rfind(".urldb-", 0) == 0)
+        return true;
+    }
+    return false;
+  }
+
+  std::string db() const { return folder_.path("db"); }
+
+  TemporaryFolder folder_;
+  std::string old_;
+};
+
+TEST_F(BuildCommand, FolderOfListsBecomesADatabaseThatAnswers) {
+  folder_.write("lists/news/domains", "example.com\n");
+  folder_.write("lists/news/urls", "other.org/news\n");
+  folder_.write("lists/sport/ball/domains",
+                "\xEF\xBB\xBF"
+                "ball.example\r\n");
+  const ProgramResult result = build({folder_.path("lists")});
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("", result.err);
+  EXPECT_EQ("news", lookup("http://www.example.com:8080/x"));
+  EXPECT_EQ("news", lookup("www.other.org/news?today"));
+  EXPECT_EQ("-", lookup("other.org/newspaper"));
+  EXPECT_EQ("sport/ball", lookup("ball.example"));
+  EXPECT_EQ(0, runProgram({kProgram, "check", "-d", db()}).status);
+}
+
+TEST_F(BuildCommand, ReportHasARowForEachListAndEachSourceAndAll) {
+  folder_.write("lists/news/domains", "a.com\nA.com\n\n# x\nlabel\n");
+  folder_.write("lists/news/urls", "a.com/x\n");
+  folder_.write("more", "a.com\nsub.a.com\nb.com");
+  const ProgramResult result =
+      runShell(buildLine() + "lists sport=more 2>/dev/null; echo $?");
+  const std::string bytes = std::to_string(folder_.read("db").size());
+  EXPECT_EQ(
+      "     lines        kept   duplicate     refused  list\n"
+      "         6           2           1           1  lists\n"
+      "         5           1           1           1    news/domains\n"
+      "         1           1           0           0    news/urls\n"
+      "         3           3           0           0  sport=more\n"
+      "         9           5           1           1  total\n"
+      // a.com, sub.a.com and b.com have three keys each, a.com/x has two. Those
+      // of sub.a.com are also news, those of a.com/x also sport.
+      "db: 11 keys, 2 categories, 5 categories given by covering keys, " +
+          bytes + " bytes\n1\n",
+      result.out);
+}
+
+TEST_F(BuildCommand, RefusedEntriesAreTold) {
+  folder_.write("list", "a.com\nlabel\nb.com/\x01\xFFx\nc..d\n");
+  const ProgramResult result = runShell(buildLine() + "news=list");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "list:2: single label, neither .tld nor http://label/: \"label\"\n"
+      "list:3: control byte %01: \"b.com/%01\xFFx\"\n"
+      "list:4: empty label in the host name: \"c..d\"\n",
+      result.err);
+  EXPECT_EQ("news", lookup("a.com"));
+}
+
+TEST_F(BuildCommand, LongRefusedEntryIsShownInPart) {
+  const ProgramResult result =
+      build({"news=/dev/stdin"}, std::string(10U << 20, 'x') + "\na.com");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("/dev/stdin:1: host name longer than 253 bytes: \"" +
+                std::string(512, 'x') + "...\"\n",
+            result.err.substr(0, 2000));
+}
+
+TEST_F(BuildCommand, RefusedFoldersAreToldAndCounted) {
+  folder_.write("lists/a/b/c/domains", "a.com\n");
+  folder_.write("lists/a/domains", "a.com\n");
+  const ProgramResult result = runShell(buildLine() + "lists");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("lists/a/b/c: folders may nest only once\n", result.err);
+  EXPECT_TRUE(holds(
+      result.out, "         0           0           0           1    a/b/c\n"));
+}
+
+TEST_F(BuildCommand, SourcesOfAllKinds) {
+  folder_.write("hosts", "127.0.0.1 localhost\n0.0.0.0 ads.com track.com\n");
+  folder_.write("entries", "a.com\tnews,sport/ball\n");
+  folder_.write("dump", "#key\nMOC.B/\tnews\n");
+  folder_.write("x=y", "c.com\tnews\n");
+  const ProgramResult result = runShell(
+      buildLine() + "ads=hosts entries dump ./x=y x/y=/dev/stdin", "d.com");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "hosts:1: localhost in a hosts line is that file's own business: "
+      "\"localhost\"\n",
+      result.err);
+  EXPECT_EQ("ads", lookup("x.track.com"));
+  EXPECT_EQ("news,sport/ball", lookup("a.com"));
+  EXPECT_EQ("news", lookup("b.com/x"));
+  EXPECT_EQ("-", lookup("www.b.com"));
+  EXPECT_EQ("news", lookup("c.com"));
+  EXPECT_EQ("x/y", lookup("d.com"));
+}
+
+TEST_F(BuildCommand, DumpBuildsTheSameAnswers) {
+  folder_.write("entries",
+                "a.com\tnews,\xE3\x83\x86\xE3\x82\xB9\xE3\x83\x88/ball\n"
+                "a.com/%E3%83%86 #\tx\n"
+                "a.com/%E3%83%86\tx y,#z\n"
+                ".com\tlast%,a\n"
+                "a.com/\xA5\xC6\tb\n");
+  ASSERT_EQ(1, build({folder_.path("entries")}).status);
+  const std::string first = dump();
+  folder_.write("dump", first);
+  ASSERT_EQ(0, build({folder_.path("dump")}).status);
+  EXPECT_EQ(first, dump());
+  EXPECT_TRUE(holds(first,
+                    "MOC.A/%25E3%2583%2586\tx%20y,#z,news,"
+                    "%E3%83%86%E3%82%B9%E3%83%88/ball,last%25,a\n"))
+      << first;
+}
+
+TEST_F(BuildCommand, HierarchyFilePutsCategoriesUnderTheirLevel1) {
+  folder_.write("hierarchy", "# c\nsport\tball\nball\ndance\tball\n");
+  const ProgramResult result =
+      runShell(buildLine() + "--hierarchy hierarchy ball=/dev/stdin", "a.com");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "hierarchy:3: no tab between level 1 and level 2: \"ball\"\n"
+      "hierarchy:4: stands under sport already: \"dance%09ball\"\n",
+      result.err);
+  EXPECT_EQ("sport/ball", lookup("a.com"));
+}
+
+TEST_F(BuildCommand, BaseMayBeTheFileItself) {
+  ASSERT_EQ(0, build({"news=/dev/stdin"}, "a.com\n").status);
+  const ProgramResult result =
+      build({"--base", db(), "sport=/dev/stdin"}, "a.com\nsub.a.com\n");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("news,sport", lookup("a.com"));
+  EXPECT_EQ("sport,news", lookup("sub.a.com"));
+  for (const char* list : {"n0.com\n", "n1.com\n", "n2.com\n"})
+    ASSERT_EQ(0, build({"--base", db(), "more=/dev/stdin"}, list).status);
+  EXPECT_EQ("news,sport", lookup("a.com"));
+  EXPECT_EQ("more", lookup("n0.com"));
+  EXPECT_EQ(0, runProgram({kProgram, "check", "-d", db()}).status);
+}
+
+TEST_F(BuildCommand, FreshnessDateIsSetAnew) {
+  const auto dateOf = [this] {
+    URLDB opened;
+    EXPECT_EQ(2, opened.openFile(db().c_str(), nullptr, 0, true));
+    return unpackDate(viewOf(opened).freshDate);
+  };
+  // The date of the test may change while it runs.
+  const auto expectIn = [&](int days) {
+    constexpr std::time_t kDay = 24 * 60 * 60;
+    const std::time_t now = std::time(nullptr);
+    const FreshDate date = dateOf();
+    std::time_t earliest = now + (days - 1) * kDay;
+    std::time_t latest = now + (days + 1) * kDay;
+    EXPECT_LE(localDate(earliest), date) << days;
+    EXPECT_GE(localDate(latest), date) << days;
+  };
+  ASSERT_EQ(0, build({"a=/dev/stdin"}, "a.com").status);
+  expectIn(31);
+  ASSERT_EQ(0,
+            build({"--fresh-days", "36500", "a=/dev/stdin"}, "a.com").status);
+  expectIn(36500);
+  // Nothing new in it but the date.
+  ASSERT_EQ(
+      0, build({"--base", db(), "--fresh-days", "7", "a=/dev/stdin"}, "a.com")
+             .status);
+  expectIn(7);
+  ASSERT_EQ(0, build({"--base", db(), "a=/dev/stdin"}, "a.com").status);
+  expectIn(31);
+}
+
+TEST_F(BuildCommand, WithoutEntriesTheDatabaseIsEmptyAndSound) {
+  folder_.write("lists/README", "");
+  ProgramResult result = runShell(buildLine() + "a=/dev/stdin", "# nothing\n");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("urldb: no entries\n", result.err);
+  EXPECT_EQ("-", lookup("a.com"));
+  EXPECT_EQ(0, runProgram({kProgram, "check", "-d", db()}).status);
+  result = runShell(buildLine() + "lists");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(
+      "urldb: lists: no folder in it holds domains or urls\n"
+      "urldb: no entries\n",
+      result.err);
+}
+
+TEST_F(BuildCommand, WrongUsageIsStatus2) {
+  folder_.write("list", "a.com\n");
+  makeOld();
+  for (const char* arguments :
+       {"", "--fresh-days -1 a=list", "--fresh-days 36501 a=list",
+        "--fresh-days x a=list", "a/b/c=list", "=list", "--nothing a=list",
+        "--base", "--base '' a=list", "--hierarchy '' a=list"}) {
+    SCOPED_TRACE(arguments);
+    const ProgramResult result = runShell(buildLine() + arguments);
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("", result.out);
+    EXPECT_EQ("urldb: ", result.err.substr(0, 7));
+    expectOldUntouched();
+  }
+  EXPECT_EQ(2, runProgram({kProgram, "build", "a=list"}).status);
+  EXPECT_EQ(0, runProgram({kProgram, "build", "--help"}).status);
+}
+
+TEST_F(BuildCommand, FilesThatCannotBeReadAreStatus2) {
+  std::filesystem::create_directories(folder_.path("lists/a/domains"));
+  makeOld();
+  const struct {
+    const char* arguments;
+    const char* message;
+  } cases[] = {
+      {"no-such-file", "urldb: no-such-file: No such file or directory\n"},
+      {"a=no-such-file", "urldb: no-such-file: No such file or directory\n"},
+      {"a=lists", "urldb: lists: a folder, where a list is expected\n"},
+      {"lists", "urldb: lists/a/domains: a folder, where a list is expected\n"},
+      {"a=/dev/null",
+       "urldb: /dev/null: neither a file nor a pipe, where a list is "
+       "expected\n"},
+      {"--hierarchy nowhere a=/dev/stdin",
+       "urldb: nowhere: No such file or directory\n"},
+      {"--base nowhere a=/dev/stdin",
+       "urldb: nowhere: No such file or directory\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.arguments);
+    const ProgramResult result = runShell(buildLine() + c.arguments, "a.com");
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ(c.message, result.err);
+    EXPECT_EQ("", result.out);
+    expectOldUntouched();
+  }
+}
+
+TEST_F(BuildCommand, TargetThatCannotBeWrittenShowsBeforeListsAreRead) {
+  // Nobody writes to this pipe: reading it would never end.
+  ASSERT_EQ(0, ::mkfifo(folder_.path("pipe").c_str(), 0600));
+  folder_.write("plain", "");
+  for (const char* target : {"missing/db", "plain/db", "/dev/null", "."}) {
+    SCOPED_TRACE(target);
+    const ProgramResult result =
+        runShell("cd " + folder_.path() + " && exec " + kProgram +
+                 " build a=pipe -o " + target);
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("urldb: ", result.err.substr(0, 7));
+    EXPECT_TRUE(holds(result.err, "\n"));
+  }
+  expectNoTemporaryFile();
+}
+
+TEST_F(BuildCommand, FullDiskLeavesTheOldDatabase) {
+  makeOld();
+  std::string list;
+  for (int i = 0; i < 20000; ++i)
+    list += "host" + std::to_string(i * 7919) + ".com\n";
+  // In blocks of 512 or 1024 bytes: far below the database, at several places
+  // of it.
+  for (const char* blocks : {"0", "1", "40", "200"}) {
+    SCOPED_TRACE(blocks);
+    const ProgramResult result =
+        runShell(std::string("ulimit -f ") + blocks + "; " + buildLine() +
+                     "a=/dev/stdin",
+                 list);
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("urldb: db: Can't Write File; is there room on the disk?\n",
+              result.err);
+    expectOldUntouched();
+  }
+}
+
+TEST_F(BuildCommand, UnsoundBaseIsStatus2) {
+  ASSERT_EQ(0, build({"news=/dev/stdin"}, "a.com\nb.com\nb.com/x").status);
+  const std::string good = folder_.read("db");
+  makeOld();
+  const auto tryBase = [this](const std::string& bytes) {
+    folder_.write("base", bytes);
+    const ProgramResult result =
+        runShell(buildLine() + "--base base a=/dev/stdin", "c.com");
+    if (result.status == 2) expectOldUntouched();
+    return result;
+  };
+  // The last list of the repository: a position of a list that is free.
+  std::string damaged = good;
+  damaged.replace(damaged.size() - 4, 4, "\xFF\xFF\xFF\xFF");
+  ProgramResult result = tryBase(damaged);
+  EXPECT_EQ(2, result.status);
+  EXPECT_TRUE(holds(result.err, "\nurldb: base: not a sound database\n"))
+      << result.err;
+  EXPECT_EQ("base: ", result.err.substr(0, 6));
+
+  result = tryBase("no database at all");
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("urldb: base: ", result.err.substr(0, 13));
+  // Whatever byte is wrong, the outcome is a sound database or none.
+  for (std::size_t i = 0; i < good.size(); i += 7) {
+    SCOPED_TRACE(i);
+    damaged = good;
+    damaged[i] = static_cast<char>(damaged[i] ^ 0x55);
+    result = tryBase(damaged);
+    ASSERT_TRUE(result.status == 0 || result.status == 2) << result.err;
+    if (result.status == 2) continue;
+    ASSERT_EQ(0, runProgram({kProgram, "check", "-d", db()}).status);
+    folder_.write("db", old_);
+  }
+  for (std::size_t size = 0; size < good.size(); size += 97) {
+    SCOPED_TRACE(size);
+    EXPECT_EQ(2, tryBase(good.substr(0, size)).status);
+  }
+}
+
+TEST_F(BuildCommand, FullNameTableIsStatus2) {
+  makeOld();
+  std::string entries;
+  for (int i = 0; i <= 32767; ++i)
+    entries += "a.com\tname" + std::to_string(i) + "\n";
+  folder_.write("entries", entries);
+  const ProgramResult result = runShell(buildLine() + "entries");
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ(
+      "urldb: category name32767: a database has room for 32767 category "
+      "names, and all are taken\n",
+      result.err);
+  expectOldUntouched();
+}
+
+TEST_F(BuildCommand, SymbolicLinkIsWrittenThrough) {
+  folder_.write("files/real", "");
+  std::filesystem::create_symlink("files/real", db());
+  ASSERT_EQ(0, build({"news=/dev/stdin"}, "a.com").status);
+  EXPECT_TRUE(std::filesystem::is_symlink(db()));
+  EXPECT_FALSE(folder_.read("files/real").empty());
+  EXPECT_EQ("news", lookup("a.com"));
+}
+
+TEST_F(BuildCommand, ReportThatNobodyReadsChangesNothing) {
+  folder_.write("list", "a.com\n");
+  ProgramResult result = runShell(buildLine() + "news=list >&-");
+  EXPECT_EQ(0, result.status);
+  EXPECT_TRUE(holds(result.err, "urldb: the report: ")) << result.err;
+  EXPECT_EQ("news", lookup("a.com"));
+  result = runShell(buildLine() + "sport=list > /dev/full");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("sport", lookup("a.com"));
+}
+
+// A build that runs while the test goes on.
+class RunningBuild {
+ public:
+  // Runs `urldb build -o folder/db a=folder/pipe`, its messages on `err`.
+  RunningBuild(const TemporaryFolder& folder, int err) {
+    const std::string target = folder.path("db");
+    const std::string list = "a=" + folder.path("pipe");
+    child_ = ::fork();
+    if (child_ != 0) return;
+    ::dup2(err, 1);
+    ::dup2(err, 2);
+    ::execl(kProgram, kProgram, "build", "-o", target.c_str(), list.c_str(),
+            static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  RunningBuild(const RunningBuild&) = delete;
+  RunningBuild& operator=(const RunningBuild&) = delete;
+  ~RunningBuild() {
+    if (child_ > 0) wait();
+  }
+
+  void send(int signal) const { ::kill(child_, signal); }
+
+  int wait() {
+    int status = 0;
+    while (::waitpid(child_, &status, 0) < 0 && errno == EINTR) {
+    }
+    child_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+
+ private:
+  pid_t child_;
+};
+
+class InterruptedBuild : public BuildCommand {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(0, ::mkfifo(folder_.path("pipe").c_str(), 0600));
+    makeOld();
+  }
+
+  void waitForTemporaryFile() const {
+    for (int i = 0; i < 6000 && !temporaryFileIsThere(); ++i) ::usleep(10000);
+    ASSERT_TRUE(temporaryFileIsThere());
+  }
+
+  // Interrupts a build that waits for its list, and looks at what remains.
+  void interrupt(int signal, const char* name) {
+    SCOPED_TRACE(name);
+    const std::string messages = folder_.write("messages", "");
+    const FileDescriptor err(::open(messages.c_str(), O_WRONLY | O_CLOEXEC));
+    RunningBuild build(folder_, err.get());
+    waitForTemporaryFile();
+    ::usleep(50000);  // it is at its list now, or is about to be
+    build.send(signal);
+    EXPECT_EQ(2, build.wait());
+    EXPECT_EQ(std::string("urldb: interrupted by ") + name + "\n",
+              folder_.read("messages"));
+    expectOldUntouched();
+  }
+
+  void interruptAll() {
+    interrupt(SIGINT, "SIGINT");
+    interrupt(SIGTERM, "SIGTERM");
+    interrupt(SIGHUP, "SIGHUP");
+  }
+};
+
+TEST_F(InterruptedBuild, WhileItWaitsForTheOtherEndOfAPipe) { interruptAll(); }
+
+TEST_F(InterruptedBuild, WhileItWaitsForMoreLines) {
+  const FileDescriptor writer(
+      ::open(folder_.path("pipe").c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_TRUE(writer.valid());
+  ASSERT_EQ(6, ::write(writer.get(), "a.com\n", 6));
+  interruptAll();
+}
+
+TEST_F(BuildCommand, ProgressIsShownOnATerminalOnly) {
+  ASSERT_EQ(0, ::mkfifo(folder_.path("pipe").c_str(), 0600));
+  const FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  if (!terminal.valid() || ::grantpt(terminal.get()) != 0 ||
+      ::unlockpt(terminal.get()) != 0)
+    GTEST_SKIP() << "no terminals here";
+  std::string shown;
+  {
+    FileDescriptor side(
+        ::open(::ptsname(terminal.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    ASSERT_TRUE(side.valid());
+    RunningBuild build(folder_, side.get());
+    const FileDescriptor writer(
+        ::open(folder_.path("pipe").c_str(), O_WRONLY | O_CLOEXEC));
+    ASSERT_EQ(6, ::write(writer.get(), "a.com\n", 6));
+  }
+  char buffer[4096];
+  for (ssize_t got; (got = ::read(terminal.get(), buffer, sizeof buffer)) > 0;)
+    shown.append(buffer, static_cast<std::size_t>(got));
+  EXPECT_TRUE(holds(shown, "\r\x1B[Kreading ")) << shown;
+  // It is gone before the report comes.
+  const std::size_t report = shown.find("     lines");
+  ASSERT_NE(std::string::npos, report) << shown;
+  EXPECT_EQ("\r\x1B[K", shown.substr(report - 4, 4));
+}
+
+}  // namespace
+}  // namespace urldb

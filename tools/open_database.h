@@ -1,0 +1,31 @@
+#ifndef URLDB_TOOLS_OPEN_DATABASE_H_
+#define URLDB_TOOLS_OPEN_DATABASE_H_
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "urldb/urldb.h"
+
+namespace urldb {
+
+// Opens `path` for lookups. Throws ProgramError, with the reason, when it
+// cannot be opened, and ErrException as URLDB::openFile when it is no sound
+// database.
+void openForCheck(URLDB* db, const std::string& path);
+
+// The same for commands that need a sound database: ProgramError in both cases,
+// with what to do.
+void openDatabase(URLDB* db, const std::string& path);
+
+// Gives `command` the required option -d FILE.
+void addDatabaseOption(CLI::App* command, std::string* path);
+
+// Adds a command whose only option is -d FILE. `run` gets the path and returns
+// the exit status, see addKeyCommand. `footer` stands below the help text.
+void addDatabaseCommand(CLI::App& app, const char* name,
+                        const char* description, const char* footer,
+                        int (*run)(const std::string& path), int* status);
+
+}  // namespace urldb
+
+#endif  // URLDB_TOOLS_OPEN_DATABASE_H_
