@@ -49,8 +49,25 @@ class GrowableArray {
   // The same, but leaves new elements uninitialised: the caller writes them
   // all.
   void resizeForOverwrite(std::size_t size) {
-    if (size > reserved_) reserve(size);
+    reserve(size);
     size_ = size;
+  }
+
+  // Makes room for `size` elements without changing size(): until then no
+  // resize can fail. On std::bad_alloc the array is unchanged.
+  void reserve(std::size_t size) {
+    if (size <= reserved_) return;
+    constexpr std::size_t kMost =
+        std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T);
+    if (size > kMost) throw std::bad_alloc();
+    // The first allocation is exact: most arrays that are read from a file
+    // never grow.
+    std::size_t wanted = data_ == nullptr ? size : size + size / 8;
+    if (wanted > kMost) wanted = size;
+    void* moved = std::realloc(data_, wanted * sizeof(T));
+    if (moved == nullptr) throw std::bad_alloc();
+    data_ = static_cast<T*>(moved);
+    reserved_ = wanted;
   }
 
   T* data() { return data_; }
@@ -74,20 +91,6 @@ class GrowableArray {
   }
 
  private:
-  void reserve(std::size_t size) {
-    constexpr std::size_t kMost =
-        std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T);
-    if (size > kMost) throw std::bad_alloc();
-    // The first allocation is exact: most arrays that are read from a file
-    // never grow.
-    std::size_t wanted = data_ == nullptr ? size : size + size / 8;
-    if (wanted > kMost) wanted = size;
-    void* moved = std::realloc(data_, wanted * sizeof(T));
-    if (moved == nullptr) throw std::bad_alloc();
-    data_ = static_cast<T*>(moved);
-    reserved_ = wanted;
-  }
-
   T* data_ = nullptr;
   std::size_t size_ = 0;
   std::size_t reserved_ = 0;  // elements allocated, at least size_

@@ -56,6 +56,7 @@ class DoubleArray {
   // identifier that it has, which stays. Code 22 for the id 0 ("ID is 0"). A
   // trie that was read from a file is checked as a whole before the first
   // insertion; one that is not sound is code 25 with the first fault as text.
+  // After an error the trie is as it was before.
   int add(const char* key, int id);
 
   // The steps of an insertion. They keep the invariants below between
@@ -119,6 +120,9 @@ class DoubleArray {
  private:
   // Throws unless the trie can be written to: see add().
   void prepareToWrite();
+  // Takes all the memory that the insertion of a key of `bytes` bytes can need,
+  // so that it fails before the first change or not at all.
+  void reserveFor(std::size_t bytes);
 
   // Cell s, 1 <= s <= DA_SIZE (kept in base_[0]):
   //   base_[s] > 0   inner node; its child by label c is cell base_[s] + c

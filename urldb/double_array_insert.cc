@@ -67,6 +67,7 @@ int DoubleArray::add(const char* key, int id) {
     const bool inside = t >= 1 && t <= base_[0];
     const int owner = inside ? check_[t] : 0;
     if (owner != s) {
+      reserveFor(text.keyLength());
       text.skip(static_cast<std::size_t>(at - text.rest()));
       if (owner > 0) {
         // The cell belongs to another parent: the one with fewer children
@@ -95,6 +96,7 @@ int DoubleArray::add(const char* key, int id) {
   }
   TailString old(stored);
   const int oldId = getObject(record);
+  reserveFor(text.keyLength() + static_cast<std::size_t>(old.length()));
   while (int{text} == int{old}) {
     NodeList shared = listOf(text);
     wBase(s, xCheck(&shared));
@@ -111,6 +113,26 @@ int DoubleArray::add(const char* key, int id) {
   insertString(s, record, &old, oldId);
   insertString(s, posTail_, &text, id);
   return 0;
+}
+
+void DoubleArray::reserveFor(std::size_t bytes) {
+  // Each byte that two keys share brings in one cell at most, beyond the
+  // highest one; the fork behind them, moved children and the leaf 256 each.
+  const int64_t cells = int64_t{base_[0]} + static_cast<int64_t>(bytes) +
+                        4 * kSpareCells + szGain_ / 4 + 2;
+  const int64_t tail = int64_t{posTail_} + static_cast<int64_t>(bytes) +
+                       kTailRecordOverhead + 1 + szGain_;
+  if (cells > kMostElements || tail > kMostElements) {
+    throw ErrException(ERR_NO_MEMORY, kSection);
+  }
+  try {
+    base_.reserve(static_cast<std::size_t>(cells));
+    check_.reserve(static_cast<std::size_t>(cells));
+    freeCells_.grow(static_cast<std::size_t>(cells) + kSpareCells);
+    tail_.reserve(static_cast<std::size_t>(tail));
+  } catch (const std::bad_alloc&) {
+    throw ErrException(ERR_NO_MEMORY, kSection);
+  }
 }
 
 int DoubleArray::insertString(int s, int pos, BaseString* str, int id) {

@@ -22,11 +22,13 @@ void FreeCells::grow(std::size_t cells) {
   // A set that grows takes an eighth more, since its upper levels follow each
   // time.
   words += words / 8;
-  for (std::size_t level = 0;; ++level) {
-    if (level == levels_.size()) levels_.emplace_back();
-    levels_[level].resize(words, kAll);
-    if (words == 1) break;
-    words = (words + 63) / 64;
+  std::vector<std::size_t> sizes = {words};
+  while (sizes.back() > 1) sizes.push_back((sizes.back() + 63) / 64);
+  while (levels_.size() < sizes.size()) levels_.emplace_back();
+  // From the top down: when memory runs out on the way, the cells have not
+  // grown and the next call begins anew.
+  for (std::size_t level = sizes.size(); level-- > 0;) {
+    levels_[level].resize(sizes[level], kAll);
   }
 }
 

@@ -73,8 +73,10 @@ class TrieChecker {
       ++reached;
       if (trie_.isLeaf(s)) continue;
       unsigned char c = links.first(s);
-      if (c == 0 && s != 1)
+      // An empty trie has a root as it was made.
+      if (c == 0 && (s != 1 || trie_.base[s] != 1)) {
         fault(cell(s) + " is an inner node without children");
+      }
       while (c != 0) {
         const int32_t t = trie_.base[s] + c;
         if (t != 1) open.push_back(t);
