@@ -214,6 +214,13 @@ TEST(CategoryNames, The65536thLevel2NodeIsRefused) {
   EXPECT_EQ(35U, branches[655].level2.size());
 }
 
+TEST_F(CategoryNamesFile, ClearHierarchicalAlsoClearsWhatWasReadForNodeZero) {
+  CategoryNames names;
+  read(names, words({0, 0, 0, 0, 7}));
+  names.clearHierarchical();
+  EXPECT_EQ(words({0, 0, 0, 0, 0}), written(names));
+}
+
 TEST(CategoryNames, ClearHierarchicalForgetsAllPairs) {
   CategoryNames names;
   names.addCateogry("kept");

@@ -28,6 +28,10 @@ using NameSet = std::set<std::string>;
 
 const char* const kNoBase = nullptr;
 
+std::string numbered(const char* text, int64_t number) {
+  return std::string(text).append(std::to_string(number));
+}
+
 // "level1/name" or "name".
 Category categoryOf(const std::string& text) {
   return parseCategory(text).value();
@@ -241,7 +245,7 @@ TEST(DatabaseBuilder, ValuesInUseAreRecordedInTheHierarchy) {
 TEST(DatabaseBuilder, NameTableTakesItsLastNameAndNoMore) {
   TestDatabase db;
   for (int i = 1; i <= 32767; ++i)
-    db.add("x" + std::to_string(i) + ".com", "name" + std::to_string(i));
+    db.add(numbered("x", i) + ".com", numbered("name", i));
   db.add("again.com", "name1");
   try {
     db.add("x.com", "one-too-many");
@@ -260,7 +264,7 @@ TEST(DatabaseBuilder, ManyCategoriesOfOneKeyDoNotOverflowTheQueue) {
   TestDatabase db;
   Names expected;
   for (int i = 0; i < 300; ++i) {
-    expected.push_back("name" + std::to_string(i));
+    expected.push_back(numbered("name", i));
     db.addKey("key", expected.back());
   }
   db.build();
@@ -340,11 +344,11 @@ TEST_F(WithBase, AddingNothingChangesNothing) {
 
 TEST_F(WithBase, FreePositionsOfTheBaseFitTheQueue) {
   TestDatabase old;
-  for (int i = 0; i < 100; ++i) old.addKey("key", "name" + std::to_string(i));
+  for (int i = 0; i < 100; ++i) old.addKey("key", numbered("name", i));
   const std::string base = save(&old, "old");
   TestDatabase db;
   startFrom(&db, base);
-  for (int i = 0; i < 200; ++i) db.addKey("key", "name" + std::to_string(i));
+  for (int i = 0; i < 200; ++i) db.addKey("key", numbered("name", i));
   db.build(base.c_str());
   EXPECT_EQ(200U, db.stored("key").size());
 }
@@ -366,7 +370,7 @@ class ListModel {
     Place place;
     place.host = randomHost();
     if (oneIn(5)) place.port = pick({80, 443, 8080, 81});
-    place.path = "/" + randomPath();
+    place.path = std::string("/").append(randomPath());
     return place;
   }
 
@@ -389,8 +393,7 @@ class ListModel {
   }
 
   static std::string textOf(const Place& place) {
-    return place.host +
-           (place.port == 0 ? "" : ":" + std::to_string(place.port)) +
+    return place.host + (place.port == 0 ? "" : numbered(":", place.port)) +
            place.path;
   }
 
@@ -521,7 +524,7 @@ constexpr unsigned kSeeds = 300;
 TEST_F(AgainstAModel, EveryListStandsAlone) {
   int known = 0;
   for (unsigned seed = 1; seed <= kSeeds && !HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+    SCOPED_TRACE(numbered("seed ", seed));
     ListModel model(seed);
     const std::vector<ModelEntry> entries = randomEntries(&model);
     TestDatabase db;
@@ -540,7 +543,7 @@ TEST_F(AgainstAModel, EveryListStandsAlone) {
 
 TEST_F(AgainstAModel, ListsInTwoStepsAnswerAsInOne) {
   for (unsigned seed = 1; seed <= kSeeds / 3 && !HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+    SCOPED_TRACE(numbered("seed ", seed));
     ListModel model(seed);
     const std::vector<ModelEntry> entries = randomEntries(&model);
     const std::size_t half = entries.size() / 2;

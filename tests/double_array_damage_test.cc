@@ -40,6 +40,21 @@ class DoubleArrayDamage : public testing::Test {
     return code;
   }
 
+  // Every cell but the root is a leaf with the record at 1, whose NUL is at
+  // `end`.
+  static TrieSection sharedRecord(int cells, int posTail, int end) {
+    TrieSection shared;
+    shared.size = cells;
+    shared.base.assign(static_cast<std::size_t>(cells) + 1, -1);
+    shared.base[0] = cells;
+    shared.base[1] = 1;
+    shared.check.assign(static_cast<std::size_t>(cells) + 1, 1);
+    shared.posTail = posTail;
+    shared.tail.assign(static_cast<std::size_t>(posTail) + 1, 'x');
+    shared.tail[static_cast<std::size_t>(end)] = '\0';
+    return shared;
+  }
+
   static double seconds(const std::chrono::steady_clock::time_point& since) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() -
                                          since)
@@ -271,19 +286,17 @@ TEST_F(DoubleArrayDamage, FreeCellThatLooksLikeALeafIsSafe) {
 }
 
 // Without children the root's base is used by nothing until the first
-// insertion.
+// insertion, which must not allocate whatever it says.
 TEST_F(DoubleArrayDamage, EmptyTrieWithAFarRootIsNotExtended) {
-  for (const int base : {2, 255, 1 << 20, 2000000000, INT_MAX - 100, INT_MAX}) {
+  for (const int base : {1 << 20, 2000000000, INT_MAX - 100, INT_MAX}) {
     SCOPED_TRACE(base);
     TrieSection far;
     far.base[1] = base;
     DoubleArray trie(16, 0);
     readSection(&trie, far.bytes());
     EXPECT_EQ(0, trie.search("a"));
+    ASSERT_FALSE(checkTrie(trie, 1).empty());
     EXPECT_EQ("", TrieExercise(&trie).run());
-    if (base > 1 << 19) {
-      EXPECT_FALSE(checkTrie(trie, 1).empty());
-    }
   }
 }
 
@@ -292,15 +305,7 @@ TEST_F(DoubleArrayDamage, EmptyTrieWithAFarRootIsNotExtended) {
 TEST_F(DoubleArrayDamage, LongRecordSharedByManyLeavesIsRefusedAtOnce) {
   constexpr int kCells = 500000;
   constexpr int kLength = 4000000;
-  TrieSection shared;
-  shared.size = kCells;
-  shared.base.assign(kCells + 1, -1);
-  shared.base[0] = kCells;
-  shared.base[1] = 1;
-  shared.check.assign(kCells + 1, 1);
-  shared.posTail = kLength + 6;
-  shared.tail.assign(kLength + 7, 'x');
-  shared.tail[kLength] = '\0';
+  TrieSection shared = sharedRecord(kCells, kLength + 6, kLength);
   const auto start = std::chrono::steady_clock::now();
   DoubleArray trie(16, 0);
   EXPECT_EQ("25/60 Invalid Data: overlapping TAIL records",
@@ -314,15 +319,7 @@ TEST_F(DoubleArrayDamage, LongRecordSharedByManyLeavesIsRefusedAtOnce) {
 // As much overlap as a reader lets pass costs a moment at most.
 TEST_F(DoubleArrayDamage, SharedRecordsThatAreAcceptedStayFast) {
   constexpr int kCells = 200000;
-  TrieSection shared;
-  shared.size = kCells;
-  shared.base.assign(kCells + 1, -1);
-  shared.base[0] = kCells;
-  shared.base[1] = 1;
-  shared.check.assign(kCells + 1, 1);
-  shared.posTail = 4 * kCells;
-  shared.tail.assign(static_cast<std::size_t>(4 * kCells) + 1, 'x');
-  shared.tail[1 + 5] = '\0';
+  const TrieSection shared = sharedRecord(kCells, 4 * kCells, 6);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(0, tryOut(shared.bytes()));
   EXPECT_LT(seconds(start), 10.0);

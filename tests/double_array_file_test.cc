@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "tests/expect_error.h"
+#include "tests/file_size_limit.h"
 #include "tests/random_keys.h"
 #include "tests/temporary_folder.h"
 #include "tests/thrown_by.h"
@@ -497,27 +497,6 @@ TEST_F(DoubleArrayFile, FullDeviceIsCode5AndLeavesTheTrie) {
   expectError(ERR_CANT_WRITE_FILE, 60, [&] { old_.writeFile(-1); });
   expectOldContent();
 }
-
-// A file may not grow beyond `bytes` while this lives.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &former_);
-    rlimit limit = former_;
-    limit.rlim_cur = bytes;
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &former_);
-    signal(SIGXFSZ, SIG_DFL);
-  }
-
- private:
-  rlimit former_{};
-};
 
 TEST_F(DoubleArrayFile, WriteThatFailsAnywhereIsCode5AndLeavesTheTrie) {
   addSmallKeys(&trie_);

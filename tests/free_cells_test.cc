@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/failing_new.h"
 #include "tests/random_keys.h"
 #include "urldb/node_list.h"
 
@@ -168,6 +170,35 @@ TEST_F(FreeCellsModel, AgreesWithPlainCellsOnRandomChanges) {
       if (HasFatalFailure()) return;
     }
   }
+}
+
+// Growth that runs out of memory on any level leaves a set that can be used and
+// grown again.
+TEST_F(FreeCellsModel, GrowthThatFailsCanBeRepeated) {
+  constexpr int kSmall = 100;
+  constexpr int kLarge = 300000;
+  bool done = false;
+  int failures = 0;
+  for (long n = 1; !done; ++n) {
+    SCOPED_TRACE(n);
+    cells_ = FreeCells();
+    model_.taken.clear();
+    grow(kSmall);
+    for (int cell = 2; cell < kSmall; cell += 3) take(cell);
+    try {
+      const FailingNew limited(n);
+      grow(kLarge);
+      done = true;
+    } catch (const std::bad_alloc&) {
+      ++failures;
+    }
+    ASSERT_EQ(model_.before(kSmall), cells_.before(kSmall));
+    grow(kLarge);
+    for (int cell = 2; cell < kLarge; ++cell) cells_.take(cell);
+    ASSERT_EQ(1, cells_.before(kLarge));
+    ASSERT_EQ(kLarge, cells_.firstFit(listOf({5, 9})));
+  }
+  EXPECT_GT(failures, 2);
 }
 
 // Enough cells for a fourth level of summaries, with gaps of every size.

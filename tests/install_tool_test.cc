@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -123,6 +124,19 @@ TEST_F(InstallTool, BadShippedFileIsRemovedAllTheSame) {
   expectSilentSuccess();
   EXPECT_FALSE(isLeft("urldb.org"));
   EXPECT_EQ("", folder_.read("urldb"));
+}
+
+TEST_F(InstallTool, FullDiskIsAFailedCopyAndTheShippedFileIsRemoved) {
+  const std::string shipped = folder_.path("shipped");
+  TinyDatabase().db.writeFile(shipped.c_str());
+  const bool ran = run([&] {
+    copyFile(shipped, kShipped);
+    const rlimit small = {512, RLIM_INFINITY};  // the file has more
+    ::setrlimit(RLIMIT_FSIZE, &small);
+  });
+  SKIP_WITHOUT_PRIVATE_ROOT(ran);
+  expectSilentSuccess();
+  EXPECT_FALSE(isLeft("urldb.org"));
 }
 
 TEST_F(InstallTool, MissingShippedFileIsNoFailure) {

@@ -36,7 +36,7 @@ class TemporaryFolder {
 
   // Writes a file, making the folders above it, and gives its path.
   std::string write(std::string_view name, std::string_view bytes) const {
-    const std::string file = path(name);
+    std::string file = path(name);
     std::filesystem::create_directories(
         std::filesystem::path(file).parent_path());
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);

@@ -1,8 +1,9 @@
 #ifndef URLDB_TESTS_TINY_DATABASE_H_
 #define URLDB_TESTS_TINY_DATABASE_H_
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -93,7 +94,8 @@ class TinyDatabase {
     std::vector<int64_t> base(kSize + 1);
     std::vector<int64_t> check(kSize + 1);
     base[0] = kSize;
-    for (int cell = 1; cell <= 68; ++cell) check[cell] = -(cell + 1);  // free
+    for (int cell = 1; cell <= 68; ++cell)
+      check[static_cast<std::size_t>(cell)] = -(cell + 1);  // free
     check[65] = -68;
     check[68] = -71;
     base[1] = 1;                     // the root

@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "common/last_error.h"
+#include "tests/file_size_limit.h"
 #include "tests/temporary_folder.h"
 #include "tests/thrown_by.h"
 #include "tests/tiny_database.h"
@@ -102,7 +101,7 @@ TEST_F(URLDBCopy, TargetThatCannotBeCreatedIsCode2) {
 }
 
 TEST_F(URLDBCopy, SourceShorterThanTheMagicIsCode4AndTheTargetEmpty) {
-  for (const std::size_t size : {0, 1, 13}) {
+  for (const std::size_t size : {0U, 1U, 13U}) {
     folder_.write("source", databaseOf(14).substr(0, size));
     EXPECT_EQ(failure(4, "Can't Read File", source_), error()) << size;
     EXPECT_EQ("", folder_.read("target"));
@@ -120,7 +119,7 @@ TEST_F(URLDBCopy, OtherMagicIsCode26AndTheTargetEmpty) {
 }
 
 TEST_F(URLDBCopy, SourceThatEndsInTheFixedFieldsIsCode4) {
-  for (const std::size_t size : {14, 17, 18, 21, 22, 31}) {
+  for (const std::size_t size : {14U, 17U, 18U, 21U, 22U, 31U}) {
     folder_.write("source", databaseOf(size));
     EXPECT_EQ(failure(4, "Can't Read File", source_), error()) << size;
   }
@@ -142,15 +141,11 @@ TEST_F(URLDBCopy, DiskThatFillsUpInTheBodyIsCode5) {
   for (const rlim_t size : {rlim_t{10}, rlim_t{20}, rlim_t{1000},
                             rlim_t{kBlock}, rlim_t{kFixed + kBlock + 50}}) {
     SCOPED_TRACE(size);
-    rlimit former{};
-    ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &former));
-    rlimit limit = former;
-    limit.rlim_cur = size;
-    void (*const handler)(int) = ::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
-    const std::string failed = error();
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &former));
-    ::signal(SIGXFSZ, handler);
+    std::string failed;
+    {
+      const FileSizeLimit limit(size);
+      failed = error();
+    }
     EXPECT_EQ(failure(5, "Can't Write File", target_), failed);
   }
 }

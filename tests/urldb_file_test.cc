@@ -3,21 +3,19 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <climits>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <random>
 #include <sstream>
 #include <string>
 
+#include "tests/file_size_limit.h"
 #include "tests/memory_file.h"
 #include "tests/temporary_folder.h"
 #include "tests/thrown_by.h"
@@ -355,21 +353,7 @@ TEST(URLDBDamage, RandomDamageIsAnErrorOrSafe) {
 
 // Writes that fail.
 
-class URLDBWriteFailure : public URLDBFile {
- protected:
-  // Runs `call` while files may have `size` bytes.
-  static void withFileLimit(rlim_t size, const std::function<void()>& call) {
-    rlimit former{};
-    ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &former));
-    rlimit limit = former;
-    limit.rlim_cur = size;
-    void (*const handler)(int) = ::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
-    call();
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &former));
-    ::signal(SIGXFSZ, handler);
-  }
-};
+class URLDBWriteFailure : public URLDBFile {};
 
 TEST_F(URLDBWriteFailure, FullDiskIsCode5AndTheDatabaseStaysUsable) {
   TinyDatabase tiny;
@@ -386,9 +370,10 @@ TEST_F(URLDBWriteFailure, AtAnySizeItIsCode5AndTheDatabaseStaysUsable) {
   for (std::size_t size = 0; size < whole.size(); size += 13) {
     SCOPED_TRACE(size);
     TinyDatabase tiny;
-    withFileLimit(size, [&] {
+    {
+      const FileSizeLimit limit(size);
       EXPECT_EQ(5, codeThrownBy([&] { tiny.db.writeFile(path.c_str()); }));
-    });
+    }
     // What was written is the beginning of the file.
     const std::string partial = withoutDates(folder_.read("db"));
     EXPECT_EQ(withoutDates(whole.substr(0, partial.size())), partial);

@@ -453,6 +453,15 @@ TEST_F(URLDBLife, WithoutADateItIsAlwaysFresh) {
   EXPECT_TRUE(db.isFreshed());
 }
 
+TEST(PackedDate, LastDayOfAMonthIsFreshTheNextDayIsNot) {
+  const FreshDate last = unpackDate(packDate({2026, 1, 31}));
+  EXPECT_TRUE(isFreshOn({2026, 1, 30}, last));
+  EXPECT_TRUE(isFreshOn({2026, 1, 31}, last));
+  EXPECT_FALSE(isFreshOn({2026, 2, 1}, last));
+  EXPECT_FALSE(isFreshOn({2027, 1, 1}, last));
+  EXPECT_TRUE(isFreshOn({2027, 1, 1}, unpackDate(0))) << "no date";
+}
+
 TEST_F(URLDBLife, FreshOnTheLastDayStaleOnTheNext) {
   writeTiny();
   std::string bytes = folder_.read("db");

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -41,6 +42,8 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, stderr);
     return 2;
   }
+  // A file-size limit is a failed copy like any other, not the end of the tool.
+  std::signal(SIGXFSZ, SIG_IGN);
   // Deliberately without a look at the result: an installation that cannot use
   // the shipped file must not find it again, and must go on.
   URLDB_copy(kShipped, kWorking);

@@ -27,6 +27,13 @@ std::size_t firstNode(int32_t entry) {
 
 std::size_t nextNode(int32_t node) { return static_cast<uint32_t>(node) >> 16; }
 
+// Room for one more entry, in steps of GAIN.
+template <class T>
+void growForOneMore(std::vector<T>* table) {
+  if (table->size() == table->capacity())
+    table->reserve(table->size() + CategoryNames::GAIN);
+}
+
 }  // namespace
 
 CategoryNames::CategoryNames() try
@@ -48,6 +55,7 @@ int CategoryNames::addCateogry(const char* name) {
         static_cast<char*>(pool_->alloc(static_cast<unsigned>(size)));
     std::memcpy(copy, name, size);
     EUCConv().convert(copy, false, true);
+    growForOneMore(&names_);
     names_.push_back(copy);
   } catch (const std::bad_alloc&) {
     throw ErrException(ERR_NO_MEMORY, kSection);
@@ -85,6 +93,7 @@ void CategoryNames::setHierarchical(int cateIDs) {
     if (place < 1) {
       if (level1_.size() >= kMostLevel1)
         throw ErrException(ERR_OVERFLOW, kSection, "too much Category(1)");
+      growForOneMore(&level1_);
       level1_.insert(level1_.begin() - place, key);
       place = 1 - place;
     }
@@ -100,6 +109,7 @@ void CategoryNames::setHierarchical(int cateIDs) {
     const std::size_t added = level2_.size();
     if (added >= kMostLevel2)
       throw ErrException(ERR_OVERFLOW, kSection, "too much Category(2)");
+    growForOneMore(&level2_);
     level2_.push_back(id);
     const auto link = static_cast<uint32_t>(added);
     if (last == 0)
@@ -113,7 +123,7 @@ void CategoryNames::setHierarchical(int cateIDs) {
 
 void CategoryNames::clearHierarchical() {
   level1_.clear();
-  level2_.resize(1);
+  level2_.assign(1, 0);  // node 0 may have been read as anything
 }
 
 void CategoryNames::outputNames(std::ostream& os) const {

@@ -21,6 +21,8 @@ namespace urldb {
 // 3001; code 1 when memory runs out.
 class CategoryNames {
  public:
+  static constexpr int GAIN = 500;  // growth step of the tables, in entries
+
   CategoryNames();
   ~CategoryNames() = default;
   CategoryNames(const CategoryNames&) = delete;

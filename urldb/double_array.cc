@@ -28,7 +28,6 @@ DoubleArray::DoubleArray(int szGain, int convMode)
   base_[0] = 1;
   base_[1] = 1;
   check_[1] = -2;
-  freeCells_.grow(base_.size() + 256);
 }
 
 TrieView DoubleArray::view() const {
@@ -63,24 +62,26 @@ int DoubleArray::getObject(int p) const {
 }
 
 int DoubleArray::getList(int s, NodeList* list) const {
+  // The children lie in a row of cells, one for each label; `t` is a cell of
+  // it, t - base its label.
   const int64_t base = base_[s];
+  const int64_t last = std::min<int64_t>(base + 255, base_[0]);
+  const auto label = [base](int64_t t) { return static_cast<int>(t - base); };
   // CHECK is scanned in small blocks that the compiler turns into wide
   // compares; most of them hold no child.
-  constexpr int kBlock = 15;
-  const int first = static_cast<int>(std::max<int64_t>(1, 1 - base));
-  const int last = static_cast<int>(std::min<int64_t>(255, base_[0] - base));
-  int c = first;
-  for (; c + kBlock <= last; c += kBlock + 1) {
-    const int32_t* block = check_.data() + (base + c);
+  constexpr int kBlock = 16;
+  int64_t t = std::max<int64_t>(base + 1, 1);
+  for (; t + kBlock - 1 <= last; t += kBlock) {
+    const int32_t* const block = check_.data() + t;
     bool found = false;
-    for (int i = 0; i <= kBlock; ++i) found |= block[i] == s;
+    for (int i = 0; i < kBlock; ++i) found |= block[i] == s;
     if (!found) continue;
-    for (int i = 0; i <= kBlock; ++i) {
-      if (block[i] == s) list->add(c + i);
+    for (int i = 0; i < kBlock; ++i) {
+      if (block[i] == s) list->add(label(t + i));
     }
   }
-  for (; c <= last; ++c) {
-    if (check_[base + c] == s) list->add(c);
+  for (; t <= last; ++t) {
+    if (check_[t] == s) list->add(label(t));
   }
   return list->getSize();
 }

@@ -1,6 +1,7 @@
 #ifndef URLDB_URLDB_DOUBLE_ARRAY_H_
 #define URLDB_URLDB_DOUBLE_ARRAY_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 
@@ -118,11 +119,17 @@ class DoubleArray {
   friend std::ostream& operator<<(std::ostream& os, const DoubleArray& trie);
 
  private:
+  // Cell numbers and TAIL positions are ints; the arrays end a little before
+  // those do.
+  static constexpr int kMostElements = 0x7FFFFFFF - 1024;
+  static constexpr std::size_t kSpareTail = 8;
+
   // Throws unless the trie can be written to: see add().
   void prepareToWrite();
   // Takes all the memory that the insertion of a key of `bytes` bytes can need,
   // so that it fails before the first change or not at all.
   void reserveFor(std::size_t bytes);
+  static void resizeTail(GrowableArray<unsigned char>* tail, std::size_t size);
 
   // Cell s, 1 <= s <= DA_SIZE (kept in base_[0]):
   //   base_[s] > 0   inner node; its child by label c is cell base_[s] + c
@@ -136,8 +143,9 @@ class DoubleArray {
   // base + label stays inside the arrays of a trie that is being built.
   GrowableArray<int32_t> base_;   // size(): szBC
   GrowableArray<int32_t> check_;  // as long as base_
-  // Records (tail_record.h) from position 1 to posTail_ - 1; size(): szTail. At
-  // least 8 spare NULs are kept behind, see kSpareTail in double_array.cc.
+  // Records (tail_record.h) from position 1 to posTail_ - 1; size(): szTail.
+  // Behind them lie kSpareTail NULs, so that the identifier behind a NUL
+  // anywhere before posTail_ can be fetched. Only resizeTail changes the size.
   GrowableArray<unsigned char> tail_;
   int posTail_ = 1;
   int szGain_;

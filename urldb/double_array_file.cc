@@ -22,10 +22,6 @@ constexpr char kMagic[] = "_DYNAMIC_AC_";
 constexpr std::size_t kMagicSize = sizeof kMagic - 1;
 constexpr int kEndianMarker = 1;
 
-// NULs behind the TAIL of a trie that was read, so that the identifier behind a
-// NUL anywhere before posTail can be fetched.
-constexpr std::size_t kSpareTail = 8;
-
 // Opens a file of its own for `transfer`; errors name the path.
 template <class Transfer>
 int withFile(const char* path, int flags, const Transfer& transfer) {
@@ -100,15 +96,11 @@ void DoubleArray::readFile(int fd) {
   GrowableArray<int32_t> check = readIntegers(fd, int64_t{size} + 1, kSection);
   GrowableArray<unsigned char> tail =
       readBytes(fd, int64_t{posTail} + 1, kSection);
-  convEndianForTail(base.data(), size, tail.data(), posTail + 1);
-  try {
-    // Down again, so that size() is the recorded capacity; the NULs stay behind
-    // it.
-    tail.resize(tail.size() + kSpareTail);
-    tail.resizeForOverwrite(tail.size() - kSpareTail);
-  } catch (const std::bad_alloc&) {
-    throw ErrException(ERR_NO_MEMORY, kSection);
+  if (size > kMostElements || posTail > kMostElements) {
+    throw ErrException(ERR_INVALID_DATA, kSection, "too large a trie");
   }
+  convEndianForTail(base.data(), size, tail.data(), posTail + 1);
+  resizeTail(&tail, tail.size());
 
   base_.swap(base);
   check_.swap(check);

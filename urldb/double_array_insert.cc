@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <string>
 #include <vector>
@@ -32,12 +31,12 @@ NodeList listOf(int label) {
 
 void DoubleArray::prepareToWrite() {
   if (prepared_) return;
-  const std::vector<std::string> faults = checkTrie(*this, 1);
-  if (!faults.empty()) {
-    throw ErrException(ERR_INVALID_DATA, kSection, "%s",
-                       faults.front().c_str());
-  }
   try {
+    const std::vector<std::string> faults = checkTrie(*this, 1);
+    if (!faults.empty()) {
+      throw ErrException(ERR_INVALID_DATA, kSection, "%s",
+                         faults.front().c_str());
+    }
     FreeCells index;
     const int size = base_[0];
     index.grow(static_cast<std::size_t>(size) + kSpareCells + 1);
@@ -119,7 +118,7 @@ void DoubleArray::reserveFor(std::size_t bytes) {
   // Each byte that two keys share brings in one cell at most, beyond the
   // highest one; the fork behind them, moved children and the leaf 256 each.
   const int64_t cells = int64_t{base_[0]} + static_cast<int64_t>(bytes) +
-                        4 * kSpareCells + szGain_ / 4 + 2;
+                        int64_t{4} * kSpareCells + szGain_ / 4 + 2;
   const int64_t tail = int64_t{posTail_} + static_cast<int64_t>(bytes) +
                        kTailRecordOverhead + 1 + szGain_;
   if (cells > kMostElements || tail > kMostElements) {
@@ -129,7 +128,7 @@ void DoubleArray::reserveFor(std::size_t bytes) {
     base_.reserve(static_cast<std::size_t>(cells));
     check_.reserve(static_cast<std::size_t>(cells));
     freeCells_.grow(static_cast<std::size_t>(cells) + kSpareCells);
-    tail_.reserve(static_cast<std::size_t>(tail));
+    tail_.reserve(static_cast<std::size_t>(tail) + kSpareTail);
   } catch (const std::bad_alloc&) {
     throw ErrException(ERR_NO_MEMORY, kSection);
   }
@@ -247,8 +246,16 @@ void DoubleArray::allocTail(int n) {
   if (n < static_cast<int64_t>(tail_.size())) return;
   const int64_t size = int64_t{n} + szGain_;
   if (size > kMostElements) throw ErrException(ERR_NO_MEMORY, kSection);
+  resizeTail(&tail_, static_cast<std::size_t>(size));
+}
+
+void DoubleArray::resizeTail(GrowableArray<unsigned char>* tail,
+                             std::size_t size) {
   try {
-    tail_.resize(static_cast<std::size_t>(size));
+    // Down again, so that size() is the recorded capacity; the NULs stay
+    // behind.
+    tail->resize(size + kSpareTail);
+    tail->resizeForOverwrite(size);
   } catch (const std::bad_alloc&) {
     throw ErrException(ERR_NO_MEMORY, kSection);
   }
@@ -263,11 +270,7 @@ int DoubleArray::garbageTail() {
     if (value < 0) total += tailRecordSize(tail_.data() - value);
   }
   GrowableArray<unsigned char> compact;
-  try {
-    compact.resize(static_cast<std::size_t>(total) + 4);
-  } catch (const std::bad_alloc&) {
-    throw ErrException(ERR_NO_MEMORY, kSection);
-  }
+  resizeTail(&compact, static_cast<std::size_t>(total) + 4);
   // From here on nothing can fail.
   int position = 1;
   for (int s = 1; s <= size; ++s) {

@@ -1,5 +1,6 @@
 #include "urldb/inner_string.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -27,7 +28,7 @@ InnerString::InnerString(const unsigned char* key, int convMode) {
   }
   if (length > kLongestKey) throw ErrException(ERR_NO_MEMORY, kSection);
   cursor_ = buffer_.take(length + 2, kSection);
-  std::memcpy(cursor_, text, length + 1);
+  std::copy_n(key, length + 1, cursor_);  // with its NUL
   keyLength_ = length;
   if (convMode != 0) {
     keyLength_ = static_cast<std::size_t>(

@@ -10,19 +10,15 @@ namespace {
 
 constexpr unsigned char kTerm = DoubleArray::TERM_CHAR;
 
-ChildLinks linksOf(const TrieView& trie) {
-  try {
-    return ChildLinks(trie);
-  } catch (const std::bad_alloc&) {
-    throw ErrException(ERR_NO_MEMORY, 60);
-  }
-}
+constexpr int kSection = 60;  // that of the trie
 
 }  // namespace
 
-KeyEnumerator::KeyEnumerator(const DoubleArray& trie)
-    : trie_(trie.view()), links_(linksOf(trie_)) {
+KeyEnumerator::KeyEnumerator(const DoubleArray& trie) try
+    : trie_(trie.view()), links_(trie_) {
   open(1, 0);
+} catch (const std::bad_alloc&) {
+  throw ErrException(ERR_NO_MEMORY, kSection);
 }
 
 void KeyEnumerator::open(int32_t s, std::size_t depth) {
@@ -43,29 +39,34 @@ void KeyEnumerator::open(int32_t s, std::size_t depth) {
   if (end != pending_.end()) std::rotate(end, end + 1, pending_.end());
 }
 
-bool KeyEnumerator::next() {
+bool KeyEnumerator::next() try {
   while (!pending_.empty()) {
     const Pending at = pending_.back();
     pending_.pop_back();
-    key_.resize(at.depth);
-    if (at.label != kTerm) key_ += static_cast<char>(at.label);
-    if (!trie_.isLeaf(at.cell)) {
-      if (at.label != kTerm) open(at.cell, at.depth + 1);
-      continue;
-    }
-    const int32_t record = trie_.recordOf(at.cell);
-    const int32_t end = record == 0 ? 0 : trie_.recordEnd(record);
-    if (end == 0) continue;
-    // The record's string but for its terminal byte; empty behind a terminal
-    // arc.
-    if (end > record) {
-      key_.append(reinterpret_cast<const char*>(trie_.tail + record),
-                  static_cast<std::size_t>(end - record - 1));
-    }
-    id_ = trie_.identifierAt(end);
-    return true;
+    if (visit(at)) return true;
   }
   return false;
+} catch (const std::bad_alloc&) {
+  throw ErrException(ERR_NO_MEMORY, kSection);
+}
+
+bool KeyEnumerator::visit(const Pending& at) {
+  key_.resize(at.depth);
+  if (at.label != kTerm) key_ += static_cast<char>(at.label);
+  if (!trie_.isLeaf(at.cell)) {
+    if (at.label != kTerm) open(at.cell, at.depth + 1);
+    return false;
+  }
+  const int32_t record = trie_.recordOf(at.cell);
+  const int32_t end = record == 0 ? 0 : trie_.recordEnd(record);
+  if (end == 0) return false;
+  // The record's string but for its terminal byte; empty behind a terminal arc.
+  if (end > record) {
+    key_.append(reinterpret_cast<const char*>(trie_.tail + record),
+                static_cast<std::size_t>(end - record - 1));
+  }
+  id_ = trie_.identifierAt(end);
+  return true;
 }
 
 }  // namespace urldb

@@ -20,6 +20,7 @@ class KeyEnumerator {
   explicit KeyEnumerator(const DoubleArray& trie);
 
   // Moves on to the next key, the first at the first call. False at the end.
+  // Throws likewise.
   bool next();
 
   // The key as it is stored, without the terminal byte, and its identifier.
@@ -28,14 +29,16 @@ class KeyEnumerator {
   int id() const { return id_; }
 
  private:
-  // Queues the children of cell `s`, whose key is `depth` bytes long.
-  void open(int32_t s, std::size_t depth);
-
   struct Pending {
     int32_t cell;
     std::size_t depth;  // bytes of the key above the cell
     unsigned char label;
   };
+
+  // Queues the children of cell `s`, whose key is `depth` bytes long.
+  void open(int32_t s, std::size_t depth);
+  // Takes one cell up: true when it is a leaf with a key.
+  bool visit(const Pending& at);
 
   TrieView trie_;
   ChildLinks links_;

@@ -13,6 +13,7 @@ struct FreshDate {
   int month = 0;  // 1 to 12
   int day = 0;    // 1 to 31
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): what the compiler generates here
   auto operator<=>(const FreshDate&) const = default;
 };
 
@@ -28,6 +29,12 @@ constexpr FreshDate unpackDate(uint32_t packed) {
   return {static_cast<int>((packed >> 5) & 0xFFF),
           static_cast<int>((packed >> 17) & 0xF),
           static_cast<int>(packed & 31)};
+}
+
+// Whether `today` is not later than the last fresh day; true without such a
+// day.
+constexpr bool isFreshOn(const FreshDate& today, const FreshDate& last) {
+  return last.year == 0 || today <= last;
 }
 
 // The local date at `time`; all 0 when there is none.

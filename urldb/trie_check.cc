@@ -134,60 +134,49 @@ class TrieChecker {
   }
 
   void checkRecord(int32_t s, int32_t start, std::vector<bool>& taken) {
-    const bool closed =  // the terminal byte was the last arc
-        int64_t{s} -
-            trie_.base[trie_.check[s] > 0 && trie_.check[s] <= trie_.size
-                           ? trie_.check[s]
-                           : 1] ==
-        DoubleArray::TERM_CHAR;
-    int32_t end = start;
+    const std::string record =
+        cell(s) + " has a record at " + std::to_string(start);
+    const auto used = static_cast<std::size_t>(trie_.posTail);
+    // Marks a byte as this record's; says what is wrong with it otherwise.
+    const auto take = [&](std::size_t at, const char* beyond) {
+      if (at >= used) {
+        fault(record + beyond);
+        return false;
+      }
+      if (taken[at]) {
+        fault(record + " that overlaps another");
+        return false;
+      }
+      taken[at] = true;
+      return true;
+    };
+    auto end = static_cast<std::size_t>(start);
     for (;; ++end) {
-      if (end >= trie_.posTail) {
-        fault(cell(s) + " has a record at " + std::to_string(start) +
-              " that does not end");
-        return;
-      }
-      if (taken[static_cast<std::size_t>(end)]) {
-        fault(cell(s) + " has a record at " + std::to_string(start) +
-              " that overlaps another");
-        return;
-      }
-      taken[static_cast<std::size_t>(end)] = true;
+      if (!take(end, " that does not end")) return;
       if (trie_.tail[end] == 0) break;
     }
-    for (int32_t i = 1; i <= 4; ++i) {
-      if (end + i >= trie_.posTail) {
-        fault(cell(s) + " has a record at " + std::to_string(start) +
-              " without room for its identifier");
-        return;
-      }
-      if (taken[static_cast<std::size_t>(end + i)]) {
-        fault(cell(s) + " has a record at " + std::to_string(start) +
-              " that overlaps another");
-        return;
-      }
-      taken[static_cast<std::size_t>(end + i)] = true;
+    for (std::size_t i = 1; i <= sizeof(int32_t); ++i) {
+      if (!take(end + i, " without room for its identifier")) return;
     }
-    checkString(s, start, end, closed);
-    if (trie_.identifierAt(end) == 0) {
-      fault(cell(s) + " has a record at " + std::to_string(start) +
-            " with the identifier 0");
+    const auto nul = static_cast<int32_t>(end);
+    if (!closesKey(s, start, nul)) fault(record + " that does not close a key");
+    if (trie_.identifierAt(nul) == 0) {
+      fault(record + " with the identifier 0");
     }
   }
 
-  // The string holds the terminal byte once, at its end; behind the terminal
-  // arc it is empty.
-  void checkString(int32_t s, int32_t start, int32_t end, bool closed) {
+  // Whether the string of the record of leaf `s` holds the terminal byte once,
+  // at its end; behind the terminal arc it is empty.
+  bool closesKey(int32_t s, int32_t start, int32_t end) const {
     const auto length = static_cast<std::size_t>(end - start);
-    const unsigned char* const text = trie_.tail + start;
-    const bool sound =
-        closed ? length == 0
-               : length > 0 && std::memchr(text, DoubleArray::TERM_CHAR,
-                                           length) == text + length - 1;
-    if (!sound) {
-      fault(cell(s) + " has a record at " + std::to_string(start) +
-            " that does not close a key");
+    const int32_t parent = trie_.check[s];
+    if (parent > 0 && parent <= trie_.size &&
+        int64_t{s} - trie_.base[parent] == DoubleArray::TERM_CHAR) {
+      return length == 0;
     }
+    const unsigned char* const text = trie_.tail + start;
+    return length > 0 && std::memchr(text, DoubleArray::TERM_CHAR, length) ==
+                             text + length - 1;
   }
 
   const TrieView trie_;

@@ -62,7 +62,7 @@ KeyMatch findLongestPrefix(const TrieView& trie, const unsigned char* key,
   const unsigned char* const start = key;
   KeyMatch best;
   const auto take = [&best, start](int32_t id, const unsigned char* end) {
-    best = {id, static_cast<std::size_t>(end - start)};
+    best = {id, id == 0 ? 0 : static_cast<std::size_t>(end - start)};
   };
 
   int32_t s = 1;
@@ -92,7 +92,7 @@ KeyMatch findLongestPrefix(const TrieView& trie, const unsigned char* key,
   const unsigned char* stored = trie.tail + record;
   const unsigned char* const tailEnd = trie.tail + trie.posTail;
   while (stored + 1 < tailEnd && stored[0] != 0 && stored[1] != 0) {
-    if (*stored != *key) return best;
+    if (*stored != *key || *key == kTerm) return best;
     ++stored;
     ++key;
   }

@@ -54,8 +54,7 @@ int URLDB::openFile(const char* file, CategoryNames* names, int queueSize,
 }
 
 bool URLDB::isFreshed() const {
-  const FreshDate last = unpackDate(freshDate_);
-  return last.year == 0 || localDate(std::time(nullptr)) <= last;
+  return isFreshOn(localDate(std::time(nullptr)), unpackDate(freshDate_));
 }
 
 int URLDB::add(const char* url, int cateIDs) {
@@ -68,6 +67,7 @@ int URLDB::add(const char* url, int cateIDs) {
   names_->getNames(cateIDs & 0xFFFF);
   names_->getNames(cateIDs >> 16);
   if (urlID_ == INT_MAX) throw ErrException(ERR_OVERFLOW, kSection, "URL ID");
+  reserveForNewList();
 
   int id = trie_->add(url, urlID_);
   if (id == 0) {

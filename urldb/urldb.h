@@ -36,8 +36,9 @@ struct DatabaseView;
 // throw passes through.
 class URLDB {
  public:
-  static constexpr int NUM_INT = 8;  // integers in the file header
-  static constexpr int VERSION = 2;  // of the format
+  static constexpr int MSG_SIZE = 512;  // of a text buffer
+  static constexpr int NUM_INT = 8;     // integers in the file header
+  static constexpr int VERSION = 2;     // of the format
   static constexpr int REQUIRE_VERSION =
       1;                              // of the engine, for a file written here
   static constexpr int GAIN = 50000;  // growth step of URL index and repository
@@ -158,6 +159,9 @@ class URLDB {
   void writeHeader(int fd);
   int* listOf(const char* url, const char* caller,
               int (DoubleArray::*find)(const char*) const) const;
+  // Takes the memory that a new key's list can need, so that a new key gets its
+  // list or is not stored. Recorded sizes do not change.
+  void reserveForNewList();
   // The entry of the URL index, 0 beyond its end.
   int32_t indexEntry(int urlID) const;
   // Where the list of a URL ID starts. Throws code 25 outside the repository.

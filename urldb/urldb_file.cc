@@ -98,7 +98,7 @@ void URLDB::writeHeader(int fd) {
   std::tm local{};
   localtime_r(&now, &local);
   timeStamp_.fill('\0');
-  char text[80];
+  char text[MSG_SIZE];
   std::snprintf(text, sizeof text, "%4d/%02d/%02d %02d:%02d:%02d",
                 local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
                 local.tm_hour, local.tm_min, local.tm_sec);

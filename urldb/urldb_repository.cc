@@ -84,6 +84,19 @@ void URLDB::allocRepCateIDs(int needed) {
   }
 }
 
+void URLDB::reserveForNewList() {
+  if (writeRepCateIDs_ > INT_MAX - GAIN - 1)
+    throw ErrException(ERR_OVERFLOW, kSection, "repository");
+  try {
+    if (static_cast<std::size_t>(urlID_) >= urlIndex_.size())
+      urlIndex_.reserve(urlIndex_.size() + GAIN);
+    const auto needed = static_cast<std::size_t>(writeRepCateIDs_) + 1;
+    if (needed >= repository_.size()) repository_.reserve(needed + GAIN);
+  } catch (const std::bad_alloc&) {
+    throw ErrException(ERR_NO_MEMORY, kSection);
+  }
+}
+
 int URLDB::addRepository(int urlID, int cateIDs) {
   if (urlID == 0 || cateIDs == 0)
     throw ErrException(ERR_INVALID_ARGUMENT, kSection, "addRepository()");
