@@ -2,6 +2,7 @@
 #include <malloc.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <exception>
 #include <iomanip>
 #include <iostream>
@@ -35,14 +36,14 @@ void reportTargets(const RatioReport& report,
         if (const std::optional<double> ratio = report.ratio(name, baseline))
           RatioReport::printTarget(std::cout, what, *ratio, limit, atLeast);
       };
-  for (const std::string order :
-       {"list_order", "sorted_order", "random_order"}) {
-    const std::string row = "BM_Build/" + order + '/';
+  for (const std::string order : {"list_order", "sorted_order", "random_order"})
     for (const std::string own : {"double_array", "urldb"}) {
-      target("build, " + order + ": " + own + " / flat_hash_map", row + own,
-             row + "flat_hash_map", 6, false);
+      std::string what = "build, ";
+      what.append(order).append(": ").append(own).append(" / flat_hash_map");
+      std::string row = "BM_Build/";
+      row.append(order).append("/");
+      target(what, row + own, row + "flat_hash_map", 6, false);
     }
-  }
   for (const std::string own : {"double_array", "urldb"}) {
     target("build, list_order: libdatrie / " + own,
            "BM_Build/list_order/libdatrie", "BM_Build/list_order/" + own, 15,
@@ -123,7 +124,7 @@ void run(const Options& options) {
 }  // namespace
 }  // namespace urldb
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   urldb::Options options;
   CLI::App app(
       "Times the engine and others with the same keys, in several rounds, and "
@@ -153,11 +154,9 @@ int main(int argc, char** argv) {
   arguments.push_back(nullptr);
   benchmark::Initialize(&count, arguments.data());
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
-  try {
-    urldb::run(options);
-    return 0;
-  } catch (const std::exception& error) {
-    std::cerr << "urldb_bench: " << error.what() << '\n';
-    return 2;
-  }
+  urldb::run(options);
+  return 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "urldb_bench: %s\n", error.what());
+  return 2;
 }

@@ -10,7 +10,8 @@ namespace {
 
 template <class Peer>
 void registerBuild(const std::string& order, const char* contender,
-                   const KeySet& set, std::shared_ptr<const TextList> keys) {
+                   const KeySet& set,
+                   const std::shared_ptr<const TextList>& keys) {
   const std::string name = "BM_Build/" + order + '/' + contender;
   benchmark::RegisterBenchmark(name.c_str(), [contender, &set,
                                               keys](benchmark::State& state) {

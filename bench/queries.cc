@@ -71,6 +71,7 @@ Queries makeQueries(const TextList& keys,
   queries.answeredUrls = queries.prefixHit.size();
 
   std::vector<std::string_view> pages;  // what follows the '/' behind the host
+  pages.reserve(urlKeys.size());
   for (const std::string_view key : urlKeys)
     pages.push_back(key.substr(key.find('/') + 1));
   std::vector<std::string_view> hosts;  // without the '/'

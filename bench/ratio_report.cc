@@ -100,7 +100,8 @@ void RatioReport::printTable(std::ostream& os, const std::string& family,
   for (std::size_t i = 0; i < contenders.size(); ++i) os << "---|";
   os << '\n';
   for (const std::string& operation : operations) {
-    const std::string row = family + '/' + operation + '/';
+    std::string row = family;
+    row.append("/").append(operation).append("/");
     os << "| " << operation << " |";
     for (const std::string& contender : contenders) {
       const std::vector<double> times = timesOf(row + contender);
