@@ -18,6 +18,7 @@
 #include "common/file_descriptor.h"
 #include "tests/run_program.h"
 #include "tests/temporary_folder.h"
+#include "tests/terminal.h"
 #include "urldb/database_view.h"
 #include "urldb/packed_date.h"
 #include "urldb/urldb.h"
@@ -151,9 +152,14 @@ TEST_F(BuildCommand, LongRefusedEntryIsShownInPart) {
 TEST_F(BuildCommand, RefusedFoldersAreToldAndCounted) {
   folder_.write("lists/a/b/c/domains", "a.com\n");
   folder_.write("lists/a/domains", "a.com\n");
+  folder_.write("lists/a/urls/x", "");
   const ProgramResult result = runShell(buildLine() + "lists");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("lists/a/b/c: folders may nest only once\n", result.err);
+  EXPECT_EQ(
+      "lists/a/urls: a folder, where a list is expected\n"
+      "lists/a/b/c: folders may nest only once\n",
+      result.err);
+  EXPECT_EQ("a", lookup("a.com"));
   EXPECT_TRUE(holds(
       result.out, "         0           0           0           1    a/b/c\n"));
 }
@@ -208,6 +214,50 @@ TEST_F(BuildCommand, HierarchyFilePutsCategoriesUnderTheirLevel1) {
   EXPECT_EQ("sport/ball", lookup("a.com"));
 }
 
+TEST_F(BuildCommand, HierarchyTakesTheKeysOfTheBaseIn) {
+  folder_.write("first",
+                "a.com\tball,news\nsub.a.com/x\tball\n"
+                "b.com\tdance/ball,golf\n");
+  ASSERT_EQ(0, build({folder_.path("first")}).status);
+  const auto categories = [this] {
+    return runProgram({kProgram, "categories", "-d", db()}).out;
+  };
+  const std::string names = categories().substr(0, categories().rfind('#'));
+  folder_.write("hierarchy", "sport\tball\nsport\tgolf\n");
+  const ProgramResult result =
+      runShell(buildLine() + "--base db --hierarchy hierarchy ball=/dev/stdin",
+               "c.com\na.com");
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("sport/ball,news", lookup("a.com"));
+  EXPECT_EQ("sport/ball,news", lookup("sub.a.com/x"));
+  EXPECT_EQ("dance/ball,sport/golf", lookup("b.com"));
+  EXPECT_EQ("sport/ball", lookup("c.com"));
+  // Of the entries, a.com gives nothing new.
+  EXPECT_TRUE(holds(result.out, "1           1           0  ball=/dev/stdin"))
+      << result.out;
+  // IDs are as they were, and pairs that no longer occur are gone.
+  EXPECT_EQ(0U, categories().find(names)) << categories();
+  EXPECT_TRUE(holds(categories(), "dance\tball\n"));
+  EXPECT_TRUE(holds(categories(), "sport\tball\nsport\tgolf\n"));
+  EXPECT_EQ(0, runProgram({kProgram, "check", "-d", db()}).status);
+}
+
+TEST_F(BuildCommand, HierarchyOfOneDatabaseServesTheNext) {
+  folder_.write("dump",
+                "#key\nMOC.A/\t#1%20#%2C/%20%21%20,%2F%25/!x,!y/#z,%23/q\n");
+  ASSERT_EQ(0, build({folder_.path("dump")}).status);
+  folder_.write("plain", "#key\nMOC.A/\t%20%21%20,!x,#z,q\n");
+  const ProgramResult next =
+      runShell("cd " + folder_.path() + " && " + kProgram +
+               " categories -d db | sed -n '/^#hierarchy/,$p' > levels && " +
+               kProgram + " build -o next --hierarchy levels plain && " +
+               kProgram + " dump -d next");
+  EXPECT_EQ("", next.err);
+  EXPECT_TRUE(
+      holds(next.out, "MOC.A/\t#1%20#%2C/%20!%20,%2F%25/!x,!y/#z,#/q\n"))
+      << next.out;
+}
+
 TEST_F(BuildCommand, BaseMayBeTheFileItself) {
   ASSERT_EQ(0, build({"news=/dev/stdin"}, "a.com\n").status);
   const ProgramResult result =
@@ -252,19 +302,43 @@ TEST_F(BuildCommand, FreshnessDateIsSetAnew) {
   expectIn(31);
 }
 
-TEST_F(BuildCommand, WithoutEntriesTheDatabaseIsEmptyAndSound) {
+TEST_F(BuildCommand, WithoutAUsableEntryTheOldDatabaseStays) {
   folder_.write("lists/README", "");
-  ProgramResult result = runShell(buildLine() + "a=/dev/stdin", "# nothing\n");
+  folder_.write("list", "label\n");
+  makeOld();
+  constexpr const char* kNone =
+      "urldb: no usable entry: db is left as it was\n";
+  const struct {
+    const char* sources;
+    std::string messages;
+  } cases[] = {
+      {"a=/dev/stdin", kNone},
+      {"lists",
+       std::string("urldb: lists: no folder in it holds domains or urls\n") +
+           kNone},
+      {"a=list",
+       std::string("list:1: single label, neither .tld nor http://label/: "
+                   "\"label\"\n") +
+           kNone},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sources);
+    const ProgramResult result =
+        runShell(buildLine() + c.sources, "# nothing\n");
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ(c.messages, result.err);
+    EXPECT_EQ("", result.out);
+    expectOldUntouched();
+  }
+}
+
+TEST_F(BuildCommand, WithoutAUsableEntryTheKeysOfABaseAreEnough) {
+  makeOld();
+  const ProgramResult result =
+      runShell(buildLine() + "--base db a=/dev/stdin", "# nothing\n");
   EXPECT_EQ(0, result.status);
-  EXPECT_EQ("urldb: no entries\n", result.err);
-  EXPECT_EQ("-", lookup("a.com"));
-  EXPECT_EQ(0, runProgram({kProgram, "check", "-d", db()}).status);
-  result = runShell(buildLine() + "lists");
-  EXPECT_EQ(0, result.status);
-  EXPECT_EQ(
-      "urldb: lists: no folder in it holds domains or urls\n"
-      "urldb: no entries\n",
-      result.err);
+  EXPECT_EQ("", result.err);
+  EXPECT_EQ("old", lookup("old.com"));
 }
 
 TEST_F(BuildCommand, WrongUsageIsStatus2) {
@@ -273,7 +347,7 @@ TEST_F(BuildCommand, WrongUsageIsStatus2) {
   for (const char* arguments :
        {"", "--fresh-days -1 a=list", "--fresh-days 36501 a=list",
         "--fresh-days x a=list", "a/b/c=list", "=list", "--nothing a=list",
-        "--base", "--base '' a=list", "--hierarchy '' a=list"}) {
+        "--fresh-days 0x10 a=list", "--fresh-days '' a=list", "--base"}) {
     SCOPED_TRACE(arguments);
     const ProgramResult result = runShell(buildLine() + arguments);
     EXPECT_EQ(2, result.status);
@@ -282,11 +356,66 @@ TEST_F(BuildCommand, WrongUsageIsStatus2) {
     expectOldUntouched();
   }
   EXPECT_EQ(2, runProgram({kProgram, "build", "a=list"}).status);
-  EXPECT_EQ(0, runProgram({kProgram, "build", "--help"}).status);
+  const ProgramResult help = runProgram({kProgram, "build", "--help"});
+  EXPECT_EQ(0, help.status);
+  EXPECT_FALSE(holds(help.out, "INT")) << help.out;
+  EXPECT_TRUE(holds(help.out, " SOURCE...")) << help.out;
+  EXPECT_TRUE(holds(help.out, "\nExamples:\n  urldb build -o ")) << help.out;
+}
+
+TEST_F(BuildCommand, FreshDaysAreDecimal) {
+  ASSERT_EQ(0, build({"--fresh-days", "010", "a=/dev/stdin"}, "a.com").status);
+  const std::string ten = folder_.read("db");
+  ASSERT_EQ(0, build({"--fresh-days", "10", "a=/dev/stdin"}, "a.com").status);
+  URLDB opened;
+  ASSERT_EQ(2, opened.openFile(db().c_str(), nullptr, 0, true));
+  const uint32_t date = viewOf(opened).freshDate;
+  folder_.write("db", ten);
+  URLDB other;
+  ASSERT_EQ(2, other.openFile(db().c_str(), nullptr, 0, true));
+  EXPECT_EQ(date, viewOf(other).freshDate);
+}
+
+TEST_F(BuildCommand, SourceInBracketsIsOneSource) {
+  folder_.write("[a,b]", "a.com\tnews\n");
+  folder_.write("a", "b.com\tnews\n");
+  folder_.write("b", "c.com\tnews\n");
+  const ProgramResult result = runShell(buildLine() + "'[a,b]' a");
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("news", lookup("a.com"));
+  EXPECT_EQ("news", lookup("b.com"));
+  EXPECT_EQ("-", lookup("c.com"));
+}
+
+TEST_F(BuildCommand, EmptyFileNameIsNamedAsOne) {
+  folder_.write("list", "a.com\n");
+  const std::string from = "cd " + folder_.path() + " && " + kProgram;
+  for (const char* arguments :
+       {" build -o '' a=list", " build -o db ''",
+        " build -o db a=", " build -o db --base '' a=list",
+        " build -o db --hierarchy '' a=list", " info -d ''"}) {
+    SCOPED_TRACE(arguments);
+    const ProgramResult result = runShell(from + arguments);
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("urldb: the name of a file is empty\n", result.err);
+  }
+}
+
+TEST_F(BuildCommand, BaseThatIsNoRegularFileIsStatus2) {
+  ASSERT_EQ(0, ::mkfifo(folder_.path("pipe").c_str(), 0600));
+  makeOld();
+  for (const char* base : {"pipe", ".", "/dev/null"}) {
+    SCOPED_TRACE(base);
+    const ProgramResult result =
+        runShell(buildLine() + "a=/dev/stdin --base " + base, "a.com");
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ(std::string("urldb: ") + base + ": not a regular file\n",
+              result.err);
+    expectOldUntouched();
+  }
 }
 
 TEST_F(BuildCommand, FilesThatCannotBeReadAreStatus2) {
-  std::filesystem::create_directories(folder_.path("lists/a/domains"));
   makeOld();
   const struct {
     const char* arguments;
@@ -294,8 +423,7 @@ TEST_F(BuildCommand, FilesThatCannotBeReadAreStatus2) {
   } cases[] = {
       {"no-such-file", "urldb: no-such-file: No such file or directory\n"},
       {"a=no-such-file", "urldb: no-such-file: No such file or directory\n"},
-      {"a=lists", "urldb: lists: a folder, where a list is expected\n"},
-      {"lists", "urldb: lists/a/domains: a folder, where a list is expected\n"},
+      {"a=.", "urldb: .: a folder, where a list is expected\n"},
       {"a=/dev/null",
        "urldb: /dev/null: neither a file nor a pipe, where a list is "
        "expected\n"},
@@ -425,18 +553,34 @@ TEST_F(BuildCommand, ReportThatNobodyReadsChangesNothing) {
   EXPECT_EQ("sport", lookup("a.com"));
 }
 
+TEST_F(BuildCommand, RefusalsThatNobodyReadsChangeNothing) {
+  folder_.write("list", "a.com\nlabel\n");
+  for (const char* to : {"2>&-", "2>/dev/full"}) {
+    SCOPED_TRACE(to);
+    EXPECT_EQ(1, runShell(buildLine() + "news=list " + to).status);
+    EXPECT_EQ("news", lookup("a.com"));
+    std::string labels = "b.com\n";  // more refusals than are collected
+    for (int i = 0; i < 5000; ++i) labels += "label\n";
+    EXPECT_EQ(1,
+              runShell(buildLine() + "sport=/dev/stdin " + to, labels).status);
+    EXPECT_EQ("sport", lookup("b.com"));
+    // Nor is the reason of an end covered by them.
+    EXPECT_EQ(2, runShell(buildLine() + "news=list nowhere " + to).status);
+  }
+}
+
 // A build that runs while the test goes on.
 class RunningBuild {
  public:
-  // Runs `urldb build -o folder/db a=folder/pipe`, its messages on `err`.
-  RunningBuild(const TemporaryFolder& folder, int err) {
+  // Runs `urldb build -o folder/db a=folder/LIST`, its messages on `err`.
+  RunningBuild(const TemporaryFolder& folder, const char* list, int err) {
     const std::string target = folder.path("db");
-    const std::string list = "a=" + folder.path("pipe");
+    const std::string source = "a=" + folder.path(list);
     child_ = ::fork();
     if (child_ != 0) return;
     ::dup2(err, 1);
     ::dup2(err, 2);
-    ::execl(kProgram, kProgram, "build", "-o", target.c_str(), list.c_str(),
+    ::execl(kProgram, kProgram, "build", "-o", target.c_str(), source.c_str(),
             static_cast<char*>(nullptr));
     ::_exit(127);
   }
@@ -477,7 +621,7 @@ class InterruptedBuild : public BuildCommand {
     SCOPED_TRACE(name);
     const std::string messages = folder_.write("messages", "");
     const FileDescriptor err(::open(messages.c_str(), O_WRONLY | O_CLOEXEC));
-    RunningBuild build(folder_, err.get());
+    RunningBuild build(folder_, "pipe", err.get());
     waitForTemporaryFile();
     ::usleep(50000);  // it is at its list now, or is about to be
     build.send(signal);
@@ -492,6 +636,33 @@ class InterruptedBuild : public BuildCommand {
     interrupt(SIGTERM, "SIGTERM");
     interrupt(SIGHUP, "SIGHUP");
   }
+
+  // Interrupts a build of many keys when `phase` shows on its terminal, until
+  // one is caught before it has come to `next`.
+  void interruptIn(const char* phase, const char* next) {
+    std::string list;
+    for (int i = 0; i < 100000; ++i)
+      list += "host" + std::to_string(i * 7919) + ".com\n";
+    folder_.write("list", list);
+    bool caught = false;
+    for (int attempt = 0; attempt < 20 && !caught; ++attempt) {
+      folder_.write("db", old_);
+      Terminal terminal;
+      RunningBuild build(folder_, "list", terminal.fd());
+      terminal.closeProgramSide();
+      ASSERT_TRUE(terminal.waitFor(phase)) << terminal.waitForEnd();
+      build.send(SIGTERM);
+      const std::string shown = terminal.waitForEnd();
+      const int status = build.wait();
+      if (status == 0) continue;  // it was done before the signal came
+      ASSERT_EQ(2, status) << shown;
+      ASSERT_TRUE(holds(shown, "\r\x1B[Kurldb: interrupted by SIGTERM\r\n"))
+          << shown;
+      expectOldUntouched();
+      caught = !holds(shown, next);
+    }
+    EXPECT_TRUE(caught);
+  }
 };
 
 TEST_F(InterruptedBuild, WhileItWaitsForTheOtherEndOfAPipe) { interruptAll(); }
@@ -504,30 +675,72 @@ TEST_F(InterruptedBuild, WhileItWaitsForMoreLines) {
   interruptAll();
 }
 
+TEST_F(InterruptedBuild, WhileItAddsKeys) {
+  interruptIn("\r\x1B[Kadding keys: ", "\r\x1B[Kwriting");
+}
+
+TEST_F(InterruptedBuild, WhileItWrites) {
+  interruptIn("\r\x1B[Kwriting", "lines        kept");
+}
+
 TEST_F(BuildCommand, ProgressIsShownOnATerminalOnly) {
   ASSERT_EQ(0, ::mkfifo(folder_.path("pipe").c_str(), 0600));
-  const FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
-  if (!terminal.valid() || ::grantpt(terminal.get()) != 0 ||
-      ::unlockpt(terminal.get()) != 0)
-    GTEST_SKIP() << "no terminals here";
-  std::string shown;
+  Terminal terminal;
+  RunningBuild build(folder_, "pipe", terminal.fd());
+  terminal.closeProgramSide();
   {
-    FileDescriptor side(
-        ::open(::ptsname(terminal.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    ASSERT_TRUE(side.valid());
-    RunningBuild build(folder_, side.get());
     const FileDescriptor writer(
         ::open(folder_.path("pipe").c_str(), O_WRONLY | O_CLOEXEC));
     ASSERT_EQ(6, ::write(writer.get(), "a.com\n", 6));
   }
-  char buffer[4096];
-  for (ssize_t got; (got = ::read(terminal.get(), buffer, sizeof buffer)) > 0;)
-    shown.append(buffer, static_cast<std::size_t>(got));
-  EXPECT_TRUE(holds(shown, "\r\x1B[Kreading ")) << shown;
+  const std::string shown = terminal.waitForEnd();
+  // Each phase shows, however short it is.
+  for (const char* phase :
+       {"reading ", "sorting", "adding keys: 0 of 3", "writing", "checking"})
+    EXPECT_TRUE(holds(shown, std::string("\r\x1B[K") + phase)) << shown;
   // It is gone before the report comes.
   const std::size_t report = shown.find("     lines");
   ASSERT_NE(std::string::npos, report) << shown;
   EXPECT_EQ("\r\x1B[K", shown.substr(report - 4, 4));
+}
+
+// Runs a command as an ordinary user, for whom file permissions count.
+ProgramResult runAsUser(const std::vector<std::string>& command) {
+  if (::geteuid() != 0) return runProgram(command);
+  // The user of the child only: threads and files of the test stay root's.
+  std::vector<std::string> line = {"setpriv", "--reuid=65534", "--regid=65534",
+                                   "--clear-groups", "--"};
+  line.insert(line.end(), command.begin(), command.end());
+  return runProgram(line);
+}
+
+TEST_F(BuildCommand, ReadOnlyFolderLeavesTheOldDatabase) {
+  namespace fs = std::filesystem;
+  if (runAsUser({kProgram, "--version"}).status != 0)
+    GTEST_SKIP() << "no ordinary user may run the program here";
+  const std::string list = folder_.write("list", "a.com\n");
+  makeOld();
+  fs::permissions(folder_.path(), static_cast<fs::perms>(0555));
+  const ProgramResult result =
+      runAsUser({kProgram, "build", "-o", db(), "a=" + list});
+  fs::permissions(folder_.path(), static_cast<fs::perms>(0755));
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("urldb: " + folder_.path() +
+                ": cannot create a file in this folder: Permission denied\n",
+            result.err);
+  EXPECT_EQ("", result.out);
+  expectOldUntouched();
+}
+
+TEST_F(BuildCommand, OtherCommandsMeetALimitOnFileSizesAsAnError) {
+  std::string list;
+  for (int i = 0; i < 2000; ++i) list += "host" + std::to_string(i) + ".com\n";
+  ASSERT_EQ(0, build({"a=/dev/stdin"}, list).status);
+  const ProgramResult result =
+      runShell("ulimit -f 1; " + std::string(kProgram) + " dump -d " + db() +
+               " > " + folder_.path("dump"));
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("urldb: standard output: File too large\n", result.err);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/temporary_folder.h"
@@ -76,6 +77,12 @@ class TestDatabase {
   // The categories of exactly this key.
   Names stored(const std::string& key) const {
     return textOf(db_.search(key.c_str()));
+  }
+
+  // All names, in the order of their IDs.
+  Names names() const {
+    const auto names = names_.view().names;
+    return {names.begin(), names.end()};
   }
 
  private:
@@ -351,6 +358,65 @@ TEST_F(WithBase, FreePositionsOfTheBaseFitTheQueue) {
   for (int i = 0; i < 200; ++i) db.addKey("key", numbered("name", i));
   db.build(base.c_str());
   EXPECT_EQ(200U, db.stored("key").size());
+}
+
+TEST_F(WithBase, HierarchyMakesTheBaseAnew) {
+  TestDatabase old;
+  for (const char* name : {"ball", "news", "x/y", "golf"})
+    old.addKey("key", name);
+  old.addKey("key.more", "ball");
+  const std::string base = save(&old, "old");
+
+  TestDatabase db;
+  Hierarchy hierarchy;
+  hierarchy.add("sport", "ball");
+  hierarchy.add("x", "golf");
+  db.builder.setHierarchy(std::move(hierarchy));
+  startFrom(&db, base);
+  db.addKey("key", "x/golf");  // known, as the base is taken in
+  db.addKey("key", "ball");    // likewise
+  db.addKey("other", "ball");
+  db.build(base.c_str());
+  EXPECT_EQ((Names{"sport/ball", "news", "x/y", "x/golf"}), db.stored("key"));
+  EXPECT_EQ(Names{"sport/ball"}, db.stored("other"));
+  EXPECT_EQ(Names({"sport/ball", "news", "x/y", "x/golf"}),
+            db.stored("key.more"));
+  EXPECT_EQ(0U, db.builder.keptEntries(0, 2));
+  EXPECT_EQ(1U, db.builder.keptEntries(2, 3));
+  // The names of the base come first, under their IDs.
+  EXPECT_EQ((Names{"ball", "news", "x", "y", "golf", "sport"}), db.names());
+  // A base without a hierarchy is extended and keeps its values.
+  TestDatabase plain;
+  startFrom(&plain, base);
+  plain.addKey("other", "ball");
+  plain.build(base.c_str());
+  EXPECT_EQ((Names{"ball", "news", "x/y", "golf"}), plain.stored("key"));
+}
+
+TEST(DatabaseBuilder, ListsThatWouldGrowWithoutMeasureAreRefused) {
+  // An entry of three keys with n categories gives up 3 * n * (n - 1) / 2
+  // positions: with 5774 of them 49999953, with one more 50017275.
+  const auto addAll = [](TestDatabase* db, int count) {
+    std::vector<Category> categories;
+    for (int i = 0; i < count; ++i)
+      categories.push_back({"", numbered("c", i)});
+    db->add("small.com", "c1");
+    db->add("large.com", categories);
+  };
+  TestDatabase most;
+  addAll(&most, 5774);
+  EXPECT_EQ(49999953U, most.builder.finish().freed);
+  TestDatabase more;
+  addAll(&more, 5775);
+  try {
+    more.builder.finish();
+    FAIL();
+  } catch (const ProgramError& error) {
+    EXPECT_STREQ(
+        "the keys have too many categories each for one database; most of all "
+        "has MOC.EGRAL., 5775",
+        error.what());
+  }
 }
 
 // The whole against a model that goes through every list by itself and knows

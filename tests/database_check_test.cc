@@ -15,7 +15,8 @@ namespace {
 using Faults = std::vector<std::string>;
 
 // Where things stand in the tiny database.
-constexpr std::size_t kHierarchy = 88 + 8 + 12 + 16;
+constexpr std::size_t kNames = 88 + 8;  // where each name begins
+constexpr std::size_t kHierarchy = kNames + 12 + 16;
 constexpr std::size_t kBase = 200;
 constexpr std::size_t kCheck = kBase + 4 * 71;
 constexpr std::size_t kTail = kCheck + 4 * 71;
@@ -84,6 +85,16 @@ TEST_F(DatabaseCheck, SaysWhatIsWrongAndWhere) {
       {{{kHierarchy + 16 + 12, 9}},
        {"the hierarchy has the ID 9 below the ID 2, but it has no name"}},
       {{{kHierarchy - 16, 0x00657773}}, {"category 1 has no name"}},
+      {{{kHierarchy - 16, 0x6E1F7773}},
+       {"the name of category 1 holds a control byte"}},
+      {{{kHierarchy - 16, 0x6E65777F}},
+       {"the name of category 1 holds a control byte"}},
+      {{{kNames + 4, 0}}, {"category 2 has the same name as category 1"}},
+      {{{kNames + 4, 0}, {kNames + 8, 0}},
+       {"category 2 has the same name as category 1",
+        "category 3 has the same name as category 1"}},
+      {{{kNames, 4}, {kNames + 4, 4}},  // no name twice is not the same name
+       {"category 1 has no name", "category 2 has no name"}},
       // Identifiers: the records lie in TAIL as 7F 00 and the ID, from byte 1
       // on.
       {{{kTail + 1 + 2, 7}},

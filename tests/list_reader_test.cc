@@ -156,6 +156,31 @@ TEST(ListReader, EntryWithoutUsableCategoriesIsRefused) {
   }
 }
 
+TEST(ListReader, HostsFileWithTabsAndNoCategoryIsNotMisread) {
+  const RecordedList list(
+      "0.0.0.0\tads.com\n127.0.0.1 \tads.com\n::1\tads.com\n"
+      "::\tads.com tracker.com\n10.0.0.1\tnews\n0.0.0.0\tads.com\tnews\n",
+      std::nullopt);
+  ASSERT_EQ(4U, list.refusals.size());
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(i + 1, list.refusals[i].line);
+    EXPECT_EQ("a hosts line: give the file as CATEGORY=FILE",
+              list.refusals[i].reason);
+  }
+  EXPECT_EQ((Keys{"10.0.0.1/", "moc.sda/"}), firstKeys(list));
+}
+
+TEST(ListReader, BlanksAroundCommasAndSlashesDoNotCount) {
+  const RecordedList list("a.com\tx , y / z,b /c\n", std::nullopt);
+  ASSERT_EQ(0U, list.refusals.size());
+  EXPECT_EQ((std::vector<std::string>{"x", "y/z", "b/c"}),
+            list.entries.at(0).categories);
+  // In a dump they are part of a name.
+  const RecordedList dump("#key\nK/\tx ,y / z\n", std::nullopt);
+  EXPECT_EQ((std::vector<std::string>{"x ", "y / z"}),
+            dump.entries.at(0).categories);
+}
+
 TEST(ListReader, DumpHoldsStoredKeysAndEscapedNames) {
   const RecordedList list(
       "\xEF\xBB\xBF#key\r\n"
@@ -242,6 +267,32 @@ TEST_F(HierarchyTest, LinesPutLevel2UnderLevel1) {
   EXPECT_EQ("a", *hierarchy.level1Of("a"));
   EXPECT_EQ("\xA5\xC6", *hierarchy.level1Of("x"));
   EXPECT_EQ(nullptr, hierarchy.level1Of("sport"));
+}
+
+TEST_F(HierarchyTest, MarkedFileHasEscapedNames) {
+  const Hierarchy hierarchy = read(
+      "\xEF\xBB\xBF#hierarchy\r\n# comment\n!\n \n#one #\t%20a%2Fb%20\r\n"
+      "!two\t#x #y\nt%\tz\nball\n\tball\n%E3%83%86\t100%25\n");
+  const std::vector<RecordedList::Refusal> expected = {
+      {7, "t%\tz", "unusable category"},
+      {8, "ball", "no tab between level 1 and level 2"},
+      {9, "\tball", "unusable category"}};
+  EXPECT_EQ(expected, refusals_);
+  EXPECT_EQ(3U, hierarchy.size());
+  ASSERT_NE(nullptr, hierarchy.level1Of(" a/b "));
+  EXPECT_EQ("#one #", *hierarchy.level1Of(" a/b "));
+  ASSERT_NE(nullptr, hierarchy.level1Of("#x #y"));
+  EXPECT_EQ("!two", *hierarchy.level1Of("#x #y"));
+  ASSERT_NE(nullptr, hierarchy.level1Of("100%"));
+  EXPECT_EQ("\xA5\xC6", *hierarchy.level1Of("100%"));
+}
+
+TEST_F(HierarchyTest, MarkCountsInTheFirstLineOnly) {
+  const Hierarchy hierarchy = read("\n#hierarchy\na%41\tb%41 #c\n#x\ty\n");
+  EXPECT_TRUE(refusals_.empty());
+  ASSERT_NE(nullptr, hierarchy.level1Of("b%41"));
+  EXPECT_EQ("a%41", *hierarchy.level1Of("b%41"));
+  EXPECT_EQ(1U, hierarchy.size());
 }
 
 TEST_F(HierarchyTest, MalformedLinesAreRefused) {

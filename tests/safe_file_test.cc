@@ -132,7 +132,7 @@ TEST_F(SafeFileTest, LongestNameLeavesRoomForTheTemporaryFile) {
 
 TEST_F(SafeFileTest, TargetsThatCannotBeReplaced) {
   const std::string plain = folder_.write("plain", "");
-  EXPECT_EQ("no name for the file to write", failure(""));
+  EXPECT_EQ("the name of a file is empty", failure(""));
   EXPECT_EQ(folder_.path() + ": not a regular file", failure(folder_.path()));
   EXPECT_EQ("/dev/null: not a regular file", failure("/dev/null"));
   EXPECT_EQ(plain + "/db: Not a directory", failure(plain + "/db"));

@@ -209,19 +209,44 @@ TEST_F(SourceTree, WhatIsNoListIsAnError) {
   EXPECT_EQ("", failure("a=/dev/stdin"));
 }
 
-TEST_F(SourceTree, ListNamesInAFolderMustBeFiles) {
+TEST_F(SourceTree, WhatHasTheNameOfAListAndIsNoneIsRefused) {
   makeFolder("a/domains");
-  EXPECT_EQ(folder_.path("a/domains") + ": a folder, where a list is expected",
-            failure(folder_.path()));
-  std::filesystem::remove(folder_.path("a/domains"));
-  ASSERT_EQ(0, ::mkfifo(folder_.path("a/domains").c_str(), 0600));
-  EXPECT_EQ(
-      folder_.path("a/domains") + ": a pipe, where a list file is expected",
-      failure(folder_.path()));
-  std::filesystem::remove(folder_.path("a/domains"));
-  link("nowhere", "a/domains");
-  EXPECT_EQ(folder_.path("a/domains") + ": No such file or directory",
-            failure(folder_.path()));
+  folder_.write("a/urls", "");
+  makeFolder("b");
+  ASSERT_EQ(0, ::mkfifo(folder_.path("b/domains").c_str(), 0600));
+  link("nowhere", "b/urls");
+  makeFolder("c");
+  link("/dev/null", "c/domains");
+  link("urls", "c/urls");
+  EXPECT_EQ(Lines{"a: a/urls"}, lists());
+  EXPECT_EQ((Lines{"a/domains: a folder, where a list is expected",
+                   "b/domains: a pipe, where a list file is expected",
+                   "b/urls: a symbolic link that leads nowhere",
+                   "c/domains: neither a file nor a pipe, where a list is "
+                   "expected",
+                   "c/urls: Too many levels of symbolic links"}),
+            refusals());
+}
+
+TEST_F(SourceTree, FolderOfListsBehindALinkIsRefusedAsAList) {
+  folder_.write("domains/x", "");
+  folder_.write("lists/a/domains", "");
+  link("..", "lists/up");
+  const ListSource source = findLists(folder_.path("lists"));
+  Lines refused;
+  for (const RefusedPath& path : source.refused)
+    refused.push_back(path.shownName + ": " + path.reason);
+  EXPECT_EQ((Lines{"up/domains: a folder, where a list is expected",
+                   "up/lists/a: folders may nest only once",
+                   "up/lists/up: a symbolic link behind another one"}),
+            refused);
+  ASSERT_EQ(1U, source.lists.size());
+  EXPECT_EQ("a/domains", source.lists[0].shownName);
+}
+
+TEST_F(SourceTree, EmptyNameIsAnError) {
+  EXPECT_EQ("the name of a file is empty", failure(""));
+  EXPECT_EQ("the name of a file is empty", failure("a="));
 }
 
 TEST_F(SourceTree, UnreadableListAndFolderAreErrors) {

@@ -1,5 +1,6 @@
 #include "tools/build_command.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -20,11 +21,13 @@
 #include "tools/interruption.h"
 #include "tools/line_source.h"
 #include "tools/list_reader.h"
+#include "tools/number_option.h"
 #include "tools/open_database.h"
 #include "tools/program_error.h"
 #include "tools/progress_line.h"
 #include "tools/safe_file.h"
 #include "tools/source_tree.h"
+#include "tools/text_arguments.h"
 #include "urldb/database_check.h"
 #include "urldb/database_freshness.h"
 #include "urldb/urldb.h"
@@ -36,14 +39,19 @@ namespace {
 constexpr std::size_t kFaultsShown = 10;
 constexpr std::size_t kMostBytesShown = 512;  // of a refused entry
 
-// What a user is told while a build runs.
+// What a user is told while a build runs. Messages that cannot be written are
+// lost, since a build that works is worth more than they are.
 class Messages {
  public:
   explicit Messages(Output& output) : output_(output) {}
 
   void line(const std::string& text) {
     progress_.clear();
-    output_.write(escapeText(text) + "\n");
+    try {
+      output_.write(escapeText(text) + "\n");
+    } catch (const ProgramError&) {
+    } catch (const ReaderGone&) {
+    }
   }
 
   void refusal(const std::string& path, uint64_t number, std::string_view entry,
@@ -53,17 +61,25 @@ class Messages {
     line(text + (entry.size() > kMostBytesShown ? "...\"" : "\""));
   }
 
-  void progress(const std::string& text) {
-    output_.flush();
-    progress_.show(text);
+  void progress(const std::string& phase, const std::string& detail = {}) {
+    write();
+    progress_.show(phase, detail);
   }
 
   void flush() {
     progress_.clear();
-    output_.flush();
+    write();
   }
 
  private:
+  void write() {
+    try {
+      output_.flush();
+    } catch (const ProgramError&) {
+    } catch (const ReaderGone&) {
+    }
+  }
+
   Output& output_;
   ProgressLine progress_;
 };
@@ -92,7 +108,8 @@ class BuilderSink : public ListSink {
 
 class Build {
  public:
-  Build(const BuildOptions& options, Output& messages)
+  // `messages` stays the caller's.
+  Build(const BuildOptions& options, Messages& messages)
       : options_(options), messages_(messages) {}
 
   // Does all of it. Throws before the file is replaced, or not at all.
@@ -105,18 +122,20 @@ class Build {
     SafeFile file(options_.file);
 
     auto builder = std::make_unique<DatabaseBuilder>();
-    if (options_.base) readBase(*options_.base, builder.get());
     if (options_.hierarchy)
       readHierarchyFile(*options_.hierarchy, builder.get());
+    if (options_.base) readBase(*options_.base, builder.get());
     std::vector<std::size_t> bounds;  // entries before each list, and after all
     for (const ListSource& source : sources)
       readSource(source, builder.get(), &bounds);
     bounds.push_back(builder->entries());
-    if (builder->entries() == 0) messages_.line("urldb: no entries");
 
     messages_.progress("sorting");
     interruption_.check();
     const KeyTotals totals = builder->finish();
+    if (totals.keys == 0)
+      throw ProgramError("no usable entry: " + options_.file +
+                         " is left as it was");
     report_.keys = totals.keys;
     report_.inherited = totals.inherited;
     report_.categories = builder->categories();
@@ -163,8 +182,20 @@ class Build {
 
   void readBase(const std::string& path, DatabaseBuilder* builder) {
     messages_.progress("reading " + path);
+    interruption_.check();
+    requireFileName(path);
+    // It is read twice.
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+      throw ProgramError(path + ": not a regular file");
     URLDB base;
-    openDatabase(&base, path);
+    try {
+      openDatabase(&base, path);
+    } catch (const ProgramError&) {
+      interruption_.check();  // a signal may be what ended the opening
+      throw;
+    }
+    interruption_.check();
     requireSound(base, path, ": not a sound database");
     builder->startFrom(base);
   }
@@ -173,7 +204,8 @@ class Build {
                     const char* otherwise) {
     const auto faults = checkDatabase(db, kFaultsShown);
     if (faults.empty()) return;
-    for (const std::string& fault : faults) messages_.line(path + ": " + fault);
+    for (const std::string& fault : faults)
+      messages_.line(std::string(path).append(": ").append(fault));
     messages_.flush();
     throw ProgramError(path + otherwise);
   }
@@ -234,8 +266,8 @@ class Build {
       const char* const base = options_.base ? options_.base->c_str() : nullptr;
       builder->build(&db, &names, base, [&](std::size_t done) {
         interruption_.check();
-        messages_.progress("adding keys: " + std::to_string(done) + " of " +
-                           std::to_string(report_.keys));
+        messages_.progress("adding keys", ": " + std::to_string(done) + " of " +
+                                              std::to_string(report_.keys));
       });
       builder.reset();  // its memory is needed for writing
       setFreshDays(db, options_.freshDays);
@@ -257,13 +289,14 @@ class Build {
 
     messages_.progress("checking");
     interruption_.check();
+    CategoryNames names;
     URLDB written;
-    openForCheck(&written, path);
+    openForCheck(&written, &names, path);
     requireSound(written, path, ": was written, but is not sound");
   }
 
   const BuildOptions& options_;
-  Messages messages_;
+  Messages& messages_;
   Interruption interruption_;
   BuildReport report_;
   uint64_t otherRefusals_ = 0;  // lines of the hierarchy file
@@ -271,7 +304,8 @@ class Build {
 
 }  // namespace
 
-int runBuild(const BuildOptions& options, Output& out, Output& messages) {
+int runBuild(const BuildOptions& options, Output& out, Output& err) {
+  Messages messages(err);
   Build build(options, messages);
   try {
     build.run();
@@ -287,7 +321,7 @@ int runBuild(const BuildOptions& options, Output& out, Output& messages) {
   } catch (const ProgramError& error) {
     // The file has been replaced: a report that cannot be printed changes
     // nothing about that, and the status must tell it.
-    messages.write(std::string("urldb: the report: ") + error.what() + "\n");
+    messages.line(std::string("urldb: the report: ") + error.what());
     messages.flush();
   } catch (const ReaderGone&) {
     return status;
@@ -308,34 +342,33 @@ void addBuildCommand(CLI::App& app, int* status) {
       ->type_name("OLD");
   command
       ->add_option("--hierarchy", options->hierarchy,
-                   "Lines of LEVEL1<TAB>LEVEL2: what each category belongs to")
+                   "Lines LEVEL1<TAB>LEVEL2: what each category belongs to")
       ->type_name("FILE");
-  command
-      ->add_option("--fresh-days", options->freshDays,
-                   "How long the database counts as fresh; 31 unless given")
-      ->check(CLI::Range(0, 36500))
-      ->type_name("N");
-  command->add_option("SOURCE", options->sources, "What to read")
-      ->required()
-      ->type_name("");
+  addNumberOption(command, "--fresh-days", &options->freshDays, 0, 36500,
+                  "How long the database counts as fresh, 0 to 36500; 31\n"
+                  "unless given");
+  addTextArguments(command, "SOURCE", &options->sources, "What to read")
+      ->required();
   command->footer(
       "SOURCE is a folder with one folder for each category that holds\n"
-      "'domains', 'urls' or both; or CATEGORY=FILE, LEVEL1/LEVEL2=FILE, a "
-      "list\n"
-      "of domains, URLs or hosts lines; or a file of\n"
-      "ENTRY<TAB>CATEGORY[,CATEGORY...] lines or a dump. A path that holds "
-      "'='\n"
-      "is written ./PATH.\n"
+      "'domains', 'urls' or both; or CATEGORY=FILE, LEVEL1/LEVEL2=FILE, a\n"
+      "list of domains, URLs or hosts lines; or a file of\n"
+      "ENTRY<TAB>CATEGORY[,CATEGORY...] lines or a dump. A path that holds\n"
+      "'=' is written ./PATH.\n"
       "\n"
-      "The report goes to standard output, what was refused to standard "
-      "error.\n"
-      "Exit status: 0 FILE was replaced, 1 the same but something was "
-      "refused,\n"
-      "2 FILE is as it was.");
+      "The report goes to standard output, what was refused to standard\n"
+      "error. Exit status: 0 FILE was replaced, 1 the same but something was\n"
+      "refused, 2 FILE is as it was, also when no entry could be used.\n"
+      "\n"
+      "Examples:\n"
+      "  urldb build -o my.db lists/\n"
+      "  urldb build -o my.db news=sites.txt sport/ball=ball.txt\n"
+      "  urldb build -o my.db --base my.db ads=/etc/hosts.blocked\n"
+      "  urldb dump -d my.db > my.txt && urldb build -o copy.db my.txt\n");
   command->callback([options, status] {
     Output out(STDOUT_FILENO);
-    Output messages(STDERR_FILENO);
-    *status = runBuild(*options, out, messages);
+    Output err(STDERR_FILENO);
+    *status = runBuild(*options, out, err);
   });
 }
 

@@ -19,10 +19,11 @@ struct BuildOptions {
 };
 
 // Builds a database and puts it in the place of `file` when it is complete and
-// sound. Writes the report to `out`, what was refused to `messages`. Returns 0,
+// sound. Writes the report to `out`, what was refused to `err`, as long as
+// that can be written: neither changes the outcome. Returns 0,
 // or 1 when something was refused. Throws ProgramError and ErrException for
 // what ends a build; the file is then as it was.
-int runBuild(const BuildOptions& options, Output& out, Output& messages);
+int runBuild(const BuildOptions& options, Output& out, Output& err);
 
 // `urldb build`. As addKeyCommand.
 void addBuildCommand(CLI::App& app, int* status);

@@ -22,20 +22,20 @@ int runCategories(const std::string& path) {
   openDatabase(&db, path);
   const CategoryNames& names = *viewOf(db).names;
   const CategoryView view = names.view();
-  // Names stay as they are here, '%' included: a hierarchy file has no escapes.
-  CategoryText text(names, escapeText);
+  CategoryText shown(names, escapeText);
+  CategoryText escaped(names, escapeName);
 
   Output out(STDOUT_FILENO);
   out.write("# names: ID<TAB>NAME\n");
   for (std::size_t id = 1; id <= view.names.size(); ++id)
-    out.write(std::to_string(id) + "\t" + text.name(id) + "\n");
-  out.write("# hierarchy: LEVEL1<TAB>LEVEL2\n");
+    out.write(std::to_string(id) + "\t" + shown.name(id) + "\n");
+  out.write("#hierarchy\n");
   for (const CategoryBranch& branch : view.branches()) {
     for (const int level2 : branch.level2) {
       // A category without levels is recorded as a pair with itself.
       if (level2 == branch.level1) continue;
-      out.write(text.name(static_cast<std::size_t>(branch.level1)) + "\t" +
-                text.name(static_cast<std::size_t>(level2)) + "\n");
+      out.write(escaped.name(static_cast<std::size_t>(branch.level1)) + "\t" +
+                escaped.name(static_cast<std::size_t>(level2)) + "\n");
     }
   }
   out.flush();
@@ -50,12 +50,15 @@ void addCategoriesCommand(CLI::App& app, int* status) {
       "Print the names of the categories and their hierarchy",
       "Two sections, each behind a line that begins with #:\n"
       "  ID<TAB>NAME          every name\n"
-      "  LEVEL1<TAB>LEVEL2    every pair, as 'urldb build --hierarchy' reads\n"
-      "                       them; categories without levels are left out\n"
+      "  LEVEL1<TAB>LEVEL2    every pair; categories without levels are left\n"
+      "                       out\n"
+      "The second, with its first line #hierarchy, is what 'urldb build\n"
+      "--hierarchy' reads. In its names bytes outside 0x21 to 0x7E and % , /\n"
+      "are printed as %XX.\n"
       "\n"
       "Examples:\n"
       "  urldb categories -d my.db\n"
-      "  urldb categories -d my.db | sed '1,/^# hierarchy/d' > levels.txt\n",
+      "  urldb categories -d my.db | sed -n '/^#hierarchy/,$p' > levels.txt\n",
       runCategories, status);
 }
 

@@ -21,6 +21,17 @@ void CategoryTable::startFrom(const CategoryNames& names) {
   }
 }
 
+void CategoryTable::startAnewFrom(const CategoryNames& names) {
+  startFrom(names);
+  const CategoryView view = names.view();
+  newNames_.assign(view.names.begin(), view.names.end());
+  for (const CategoryBranch& branch : view.branches()) {
+    const int high = branch.level1 << 16;
+    if (branch.level2.empty()) recorded(high);
+    for (const int low : branch.level2) baseValue(high | low);
+  }
+}
+
 int CategoryTable::idOf(const std::string& name) {
   const auto [place, added] = ids_.try_emplace(name, 0);
   if (!added) return place->second;
@@ -42,14 +53,27 @@ int32_t CategoryTable::value(const Category& category) {
     if (level1 == nullptr) level1 = &category.name;
   }
   const int high = idOf(*level1);
-  const int32_t value = high << 16 | idOf(category.name);
+  return recorded(high << 16 | idOf(category.name));
+}
+
+int32_t CategoryTable::baseValue(int32_t value) {
+  const int id = value & 0xFFFF;
+  if (value >> 16 != id) return recorded(value);
+  // By ID and not by name: a name may stand in the base twice.
+  const std::string* const level1 =
+      hierarchy_.level1Of(newNames_[static_cast<std::size_t>(id) - 1]);
+  return recorded(level1 == nullptr ? value : idOf(*level1) << 16 | id);
+}
+
+int32_t CategoryTable::recorded(int32_t value) {
   if (known_.insert(value).second) values_.push_back(value);
   return value;
 }
 
 void CategoryTable::complete(CategoryNames* names) const {
+  auto id = static_cast<int>(names_ - newNames_.size());
   for (const std::string& name : newNames_) {
-    if (names->addCateogry(name.c_str()) != ids_.at(name))
+    if (names->addCateogry(name.c_str()) != ++id)
       throw ErrException(ERR_INVALID_STATUS, 0,
                          "the names have changed meanwhile");
   }

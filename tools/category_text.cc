@@ -15,7 +15,7 @@ const std::string& CategoryText::name(std::size_t id) {
 }
 
 std::string CategoryText::value(int32_t cateIDs) {
-  const std::string second = name(level2(cateIDs));
+  std::string second = name(level2(cateIDs));
   if (level1(cateIDs) == level2(cateIDs)) return second;
   return name(level1(cateIDs)) + "/" + second;
 }

@@ -45,9 +45,10 @@ std::string faultsText(const std::vector<std::string>& faults) {
 int runCheck(const std::string& path) {
   Output out(STDOUT_FILENO);
   std::vector<std::string> faults;
+  CategoryNames names;
   URLDB db;
   try {
-    openForCheck(&db, path);
+    openForCheck(&db, &names, path);
     faults = checkDatabase(db, kFaultsCounted);
     if (faults.empty()) out.write(soundText(db));
   } catch (const ErrException& error) {
@@ -65,7 +66,7 @@ void addCheckCommand(CLI::App& app, int* status) {
   addDatabaseCommand(
       app, "check", "Look at a whole database and say what is wrong and where",
       "Looks at the header, the names and their hierarchy, every cell of the\n"
-      "trie, every key and every list of categories.\n"
+      "trie, every key, every list of categories and the free positions.\n"
       "\n"
       "Prints one line 'sound: ...' and ends with 0, or a line for each fault\n"
       "(the first 100, and how many more) and ends with 1. A file that cannot\n"

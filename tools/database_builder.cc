@@ -3,6 +3,7 @@
 #include <limits>
 #include <memory>
 
+#include "tools/escape.h"
 #include "tools/program_error.h"
 #include "urldb/database_view.h"
 #include "urldb/key_enumerator.h"
@@ -11,15 +12,21 @@ namespace urldb {
 
 void DatabaseBuilder::startFrom(const URLDB& base) {
   const DatabaseView view = viewOf(base);
-  categories_.startFrom(*view.names);
-  queuedInBase_ = static_cast<uint64_t>(view.writeRepCateIDs);
+  anew_ = hierarchySet_;
+  if (anew_) {
+    categories_.startAnewFrom(*view.names);
+    keys_.addKnownAgain();
+  } else {
+    categories_.startFrom(*view.names);
+    queuedInBase_ = static_cast<uint64_t>(view.writeRepCateIDs);
+  }
   for (KeyEnumerator keys(*view.trie); keys.next();) {
     if (keys.key().empty()) continue;  // not a key that a database can be asked
     const std::unique_ptr<int[]> list(base.searchRepository(keys.id()));
     if (list == nullptr) continue;
     const auto count = static_cast<std::size_t>(list[0]);
     for (const int32_t value : std::span(list.get() + 1, count))
-      keys_.addKnown(keys.key(), value);
+      keys_.addKnown(keys.key(), anew_ ? categories_.baseValue(value) : value);
   }
 }
 
@@ -33,6 +40,12 @@ void DatabaseBuilder::add(std::span<const std::string> keys,
 
 KeyTotals DatabaseBuilder::finish() {
   totals_ = keys_.finish();
+  if (totals_.freed > kMostFreed)
+    throw ProgramError(
+        "the keys have too many categories each for one database; most of all "
+        "has " +
+        escapeKey(totals_.largestKey) + ", " +
+        std::to_string(totals_.largestCount));
   return totals_;
 }
 
@@ -47,9 +60,11 @@ void DatabaseBuilder::build(
     throw ProgramError(
         "the keys have too many categories each for one database");
   const int queueSize = static_cast<int>(totals_.freed + queuedInBase_) + 2;
-  const bool read = basePath != nullptr;
-  if (db->openFile(read ? basePath : "", names, queueSize, read) < 0)
-    throw ProgramError(std::string(basePath) + ": has vanished meanwhile");
+  const bool extend = basePath != nullptr && !anew_;
+  const std::string path = extend ? basePath : "";
+  if (db->openFile(path.c_str(), names, queueSize, extend) == -1 && extend &&
+      viewOf(*db).version != -1)
+    throw ProgramError(path + ": has vanished meanwhile");
   categories_.complete(names);
 
   constexpr std::size_t kStep = 4096;  // keys between two calls of `progress`

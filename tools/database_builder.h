@@ -16,17 +16,27 @@
 
 namespace urldb {
 
-// Makes a database of entries. First everything is collected, with startFrom(),
-// setHierarchy() and add(); finish() ends that, and build() fills a database.
+// Makes a database of entries. First everything is collected, with
+// setHierarchy(), startFrom() and add(); finish() ends that, and build() fills
+// a database.
 class DatabaseBuilder {
  public:
-  // Takes in the names, keys and values of an existing database, which must be
-  // open for lookups and sound. Comes first.
-  void startFrom(const URLDB& base);
+  // How many positions of the repository lists may give up as they grow: a
+  // list of n values leaves n * (n - 1) / 2 behind, all of them in the file.
+  static constexpr uint64_t kMostFreed = 50'000'000;
 
+  // Comes before everything else.
   void setHierarchy(Hierarchy hierarchy) {
     categories_.setHierarchy(std::move(hierarchy));
+    hierarchySet_ = true;
   }
+
+  // Takes in the names, keys and values of an existing database, which must be
+  // open for lookups and sound. Comes before add(). With a hierarchy its plain
+  // categories become pairs like those of the entries. No value can be taken
+  // out of a database, so that build() then makes a new one, in which the names
+  // keep their IDs, instead of extending the base. Throws as add().
+  void startFrom(const URLDB& base);
 
   // An entry: each of its keys belongs to each of the categories. Keys hold
   // neither NUL nor 0x7F and are not empty. Throws ProgramError when the
@@ -37,6 +47,8 @@ class DatabaseBuilder {
   // The number of entries so far.
   std::size_t entries() const { return keys_.entries(); }
 
+  // Throws ProgramError when the lists would give up more than kMostFreed
+  // positions.
   KeyTotals finish();
 
   // After finish(): how many of the entries numbered from `begin` up to `end`
@@ -58,6 +70,8 @@ class DatabaseBuilder {
   CategoryTable categories_;
   KeyTable keys_;
   KeyTotals totals_;
+  bool hierarchySet_ = false;
+  bool anew_ = false;            // the base is not extended
   uint64_t queuedInBase_ = 0;    // free positions of the base, at most
   std::vector<int32_t> values_;  // of the entry in hand
 };

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "tools/category.h"
 #include "tools/list_entry.h"
 #include "tools/list_reader.h"
 #include "tools/name_codec.h"
@@ -21,17 +22,24 @@ const std::string* Hierarchy::level1Of(const std::string& level2) const {
 Hierarchy readHierarchy(LineSource& source, const RefuseLine& refuse) {
   Hierarchy hierarchy;
   uint64_t number = 0;
+  bool escaped = false;
   for (std::string line; source.next(&line);) {
-    if (++number == 1) dropByteOrderMark(&line);
-    const std::string_view text = withoutComment(line);
+    if (++number == 1) {
+      dropByteOrderMark(&line);
+      escaped = trimBlanks(line) == "#hierarchy";
+    }
+    const bool plain = !escaped || line.find('\t') == std::string::npos;
+    const std::string_view text = plain ? withoutComment(line) : line;
     if (text.empty()) continue;
     const std::size_t tab = text.find('\t');
     if (tab == std::string_view::npos) {
       refuse(number, text, "no tab between level 1 and level 2");
       continue;
     }
-    const auto level1 = toEucName(trimBlanks(text.substr(0, tab)));
-    const auto level2 = toEucName(trimBlanks(text.substr(tab + 1)));
+    const auto level1 =
+        parseCategoryName(trimBlanks(text.substr(0, tab)), escaped);
+    const auto level2 =
+        parseCategoryName(trimBlanks(text.substr(tab + 1)), escaped);
     if (!level1 || !level2) {
       refuse(number, text, "unusable category");
     } else if (!hierarchy.add(*level1, *level2)) {

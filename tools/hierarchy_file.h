@@ -34,8 +34,10 @@ using RefuseLine = std::function<void(uint64_t line, std::string_view text,
                                       std::string_view reason)>;
 
 // Reads lines "LEVEL1<TAB>LEVEL2" to the end, with names in UTF-8, and blank
-// lines and comments as lists have them. Throws ErrException, code 4, when
-// reading fails.
+// lines and comments as lists have them. When the first line is "#hierarchy",
+// names are in the %XX form of a dump, and only a line without a tab is a
+// comment, since a '#' may begin a name there. Throws ErrException, code 4,
+// when reading fails.
 Hierarchy readHierarchy(LineSource& source, const RefuseLine& refuse);
 
 }  // namespace urldb

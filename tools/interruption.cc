@@ -23,7 +23,7 @@ Interruption::Interruption() {
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     struct sigaction action {};
     ::sigemptyset(&action.sa_mask);
-    action.sa_handler = kSignals[i] == SIGXFSZ ? SIG_IGN : noteSignal;
+    action.sa_handler = noteSignal;
     ::sigaction(kSignals[i], nullptr, &former_[i]);
     if (former_[i].sa_handler != SIG_IGN)
       ::sigaction(kSignals[i], &action, nullptr);

@@ -9,8 +9,7 @@ namespace urldb {
 
 // While it lives, SIGINT, SIGTERM and SIGHUP do not end the program but are
 // noted, and check() ends the work in an orderly way. A signal that the
-// program was started to ignore stays ignored. SIGXFSZ is ignored, so that a
-// limit on file sizes is an error of the write. One object at a time.
+// program was started to ignore stays ignored. One object at a time.
 class Interruption {
  public:
   Interruption();
@@ -25,8 +24,7 @@ class Interruption {
   void waitReadable(int fd) const;
 
  private:
-  static constexpr std::array<int, 4> kSignals = {SIGINT, SIGTERM, SIGHUP,
-                                                  SIGXFSZ};
+  static constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
   std::array<struct sigaction, kSignals.size()> former_;
 };
 

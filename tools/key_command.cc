@@ -64,9 +64,10 @@ void addKeyCommand(CLI::App& app, int* status) {
   addUrlArguments(command, &options->urls);
   command->footer(
       "A key is what a database stores and finds. The host stands in it\n"
-      "backwards, so that all hosts of a domain begin alike. Bytes below 0x21, "
-      "0x7F and % are printed as %XX. A URL\n"
-      "without a key gives the line URL<TAB>!REASON and the exit status 1.\n"
+      "backwards, so that all hosts of a domain begin alike.\n"
+      "\n"
+      "Bytes below 0x21, 0x7F and % are printed as %XX. A URL without a key\n"
+      "gives the line URL<TAB>!REASON and the exit status 1.\n"
       "\n"
       "Examples:\n"
       "  urldb key http://www.example.com:8080/news/today.html?page=2\n"

@@ -147,6 +147,10 @@ KeyTotals KeyTable::finish() {
     // A value behind n others moves them, and so gives up n positions.
     const std::size_t all = key.known.size() + key.fresh.size();
     for (std::size_t n = key.known.size(); n < all; ++n) totals.freed += n;
+    if (all > totals.largestCount) {
+      totals.largestKey = key.text;
+      totals.largestCount = all;
+    }
   });
   return totals;
 }
@@ -170,6 +174,7 @@ void KeyTable::forEach(const std::function<void(const Key&)>& visit) {
     }
     const std::size_t inherited = stack.inherit();
     const std::span<const int32_t> values = stack.values();
+    if (knownIsFresh_) known = 0;
     visit({key.data(), values.first(known), values.subspan(known), inherited});
   }
 }

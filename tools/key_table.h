@@ -21,6 +21,9 @@ struct KeyTotals {
   // Repository positions that are given up while values are added one by one:
   // a list that grows moves as a whole.
   uint64_t freed = 0;
+  // The key with the most values, the first of them in order, and their number.
+  std::string largestKey;
+  std::size_t largestCount = 0;
 };
 
 // Collects the keys of all lists with their values, and works out which values
@@ -32,7 +35,7 @@ class KeyTable {
   // A key with all its values, in their order.
   struct Key {
     const char* text;                // normalised, ends with a NUL
-    std::span<const int32_t> known;  // what addKnown() gave
+    std::span<const int32_t> known;  // what the database holds already
     std::span<const int32_t> fresh;  // what is still to be added
     std::size_t inherited;           // how many of all come from shorter keys
   };
@@ -41,6 +44,10 @@ class KeyTable {
   // first addEntry(). Keys hold neither NUL nor 0x7F and are not empty. Throws
   // ProgramError when the keys grow beyond 4 GiB, std::bad_alloc.
   void addKnown(std::string_view key, int32_t value);
+
+  // The database is made anew: what addKnown() gave is to be added like all the
+  // rest.
+  void addKnownAgain() { knownIsFresh_ = true; }
 
   // One entry of a list: each of its keys gets each of the values.
   void addEntry(std::span<const std::string> keys,
@@ -81,7 +88,8 @@ class KeyTable {
 
   GrowableArray<char> text_;  // normalised keys, each with a NUL behind it
   GrowableArray<Record> records_;
-  std::size_t knownCount_ = 0;         // the first records, of addKnown()
+  std::size_t knownCount_ = 0;  // the first records, of addKnown()
+  bool knownIsFresh_ = false;
   std::vector<uint32_t> firstRecord_;  // of each entry
   std::vector<bool> kept_;             // by Record::order: gave something new
 };

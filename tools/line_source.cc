@@ -11,7 +11,7 @@
 namespace urldb {
 
 namespace {
-constexpr std::size_t kBufferSize = 256 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 }  // namespace
 
 LineSource::LineSource(int fd, std::function<void()> beforeRead)

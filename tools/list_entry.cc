@@ -76,7 +76,7 @@ std::string faultOfBytes(std::string_view entry) {
 std::string faultOfHost(std::string_view host) {
   if (host.empty()) return "no host name";
   // A '*' would be stored as a character that no host has.
-  constexpr std::string_view kForbidden = "#%/<>?@[\\]^|\"'`*";
+  constexpr std::string_view kForbidden = "#%/<>?[\\]^|\"'`*";
   const std::size_t bad = host.find_first_of(kForbidden);
   if (bad != std::string_view::npos)
     return std::string("'") + host[bad] + "' in the host name";
@@ -118,6 +118,9 @@ std::string takeApart(std::string_view entry, Parts* parts) {
       std::min(entry.find_first_of("/?#"), entry.size());
   parts->rest = entry.substr(hostEnd);
   entry = entry.substr(0, hostEnd);
+  // Also behind a ':', which belongs to the user information then.
+  if (entry.find('@') != std::string_view::npos)
+    return "user information before the host name";
   const std::size_t colon = std::min(entry.find(':'), entry.size());
   parts->port = entry.substr(colon);
   parts->host = entry.substr(0, colon);
@@ -220,8 +223,24 @@ std::optional<std::vector<std::string_view>> hostsLineNames(
   return names;
 }
 
+bool isLocalAddress(std::string_view text) {
+  if (text.find('\0') != std::string_view::npos) return false;
+  const std::string address(text);
+  in_addr v4{};
+  if (::inet_pton(AF_INET, address.c_str(), &v4) == 1)
+    return v4.s_addr == 0 || ntohl(v4.s_addr) >> 24 == 127;
+  in6_addr v6{};
+  return ::inet_pton(AF_INET6, address.c_str(), &v6) == 1 &&
+         (IN6_IS_ADDR_UNSPECIFIED(&v6) || IN6_IS_ADDR_LOOPBACK(&v6));
+}
+
 ListEntry parseHostsName(std::string_view name) {
-  if (isLocalhost(name))
+  std::string_view host = name;
+  if (!host.empty() && host.back() == '.') host.remove_suffix(1);
+  constexpr std::string_view kDomain = ".localdomain";
+  if (isLocalhost(host) ||
+      (isLocalhost(host.substr(0, 9)) && host.size() == 9 + kDomain.size() &&
+       startsWithIgnoringCase(host.substr(9), kDomain)))
     return refused("localhost in a hosts line is that file's own business");
   return parseListEntry(name);
 }

@@ -40,8 +40,13 @@ ListEntry parseStoredKey(std::string_view text);
 std::optional<std::vector<std::string_view>> hostsLineNames(
     std::string_view text);
 
-// The same for one name of a hosts line. `localhost` there only describes the
-// machine that the file was made for, and is refused.
+// Whether `text` is the address that a blocking hosts line begins with:
+// 0.0.0.0, 127.x.x.x, :: or ::1.
+bool isLocalAddress(std::string_view text);
+
+// As parseListEntry, for one name of a hosts line. `localhost` and
+// `localhost.localdomain` there only describe the machine that the file was
+// made for, and are refused.
 ListEntry parseHostsName(std::string_view name);
 
 // Without the blanks and tabs at both ends.

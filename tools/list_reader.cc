@@ -146,9 +146,12 @@ ListCounts readList(LineSource& source, const std::optional<Category>& category,
       entries.refuse(text, "no tab and category behind the entry");
       continue;
     }
-    const std::string fault = field.read(text.substr(tab + 1), &categories);
+    const std::string_view entry = trimBlanks(text.substr(0, tab));
+    std::string fault = field.read(text.substr(tab + 1), &categories);
+    if (isLocalAddress(entry))
+      fault = "a hosts line: give the file as CATEGORY=FILE";
     if (fault.empty()) {
-      entries.giveText(trimBlanks(text.substr(0, tab)), categories);
+      entries.giveText(entry, categories);
     } else {
       entries.refuse(text, fault);
     }

@@ -15,6 +15,7 @@
 #include "tools/freshness_text.h"
 #include "tools/json.h"
 #include "tools/lookup_key.h"
+#include "tools/number_option.h"
 #include "tools/open_database.h"
 #include "tools/output.h"
 #include "tools/refusal.h"
@@ -181,14 +182,11 @@ void addLookupCommand(CLI::App& app, int* status) {
       "lookup",
       "Print the categories of each URL, one line out for each line in");
   addDatabaseOption(command, &options->database);
-  command
-      ->add_option("--mode", options->mode,
-                   "Which stored key answers, see below; 3 unless given")
-      ->check(CLI::Range(1, 4).description(""))
-      ->type_name("N");
+  addNumberOption(command, "--mode", &options->mode, 1, 4,
+                  "Which stored key answers, see below; 3 unless given");
   command->add_flag("--json", options->json, "Print a JSON object a line");
   command->add_flag("--explain", options->explain,
-                    "Also say how each answer was found");
+                    "Print a block for each URL: how its answer was found");
   addUrlArguments(command, &options->urls);
   command->footer(
       "Output, with a TAB between URL and answer:\n"
@@ -196,8 +194,10 @@ void addLookupCommand(CLI::App& app, int* status) {
       "  URL  -                    nothing is known of it\n"
       "  URL  !REASON              it is no URL (exit status 1)\n"
       "\n"
-      "Control bytes are printed as %XX; so are % , and / inside a name. With\n"
-      "--explain a block of indented lines follows each answer.\n"
+      "Control bytes are printed as %XX; so are % , and / inside a name.\n"
+      "\n"
+      "With --explain each URL gives a block instead of one line: its answer,\n"
+      "and below it indented lines. With --json as well it stays one line.\n"
       "\n"
       "Modes:\n"
       "  1  the exact key\n"

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include "common/error.h"
@@ -23,7 +24,7 @@ class Converter {
       : handle_(::iconv_open(to, from)) {
     // The C library loads its converters from files, which a stripped-down
     // system may lack.
-    if (handle_ == reinterpret_cast<iconv_t>(-1))
+    if (reinterpret_cast<std::intptr_t>(handle_) == -1)
       throw ErrException(ERR_INVALID_STATUS, 0, "no conversion from %s to %s",
                          from, to);
   }

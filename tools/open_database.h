@@ -8,13 +8,14 @@
 
 namespace urldb {
 
-// Opens `path` for lookups. Throws ProgramError, with the reason, when it
-// cannot be opened, and ErrException as URLDB::openFile when it is no sound
-// database.
-void openForCheck(URLDB* db, const std::string& path);
+// Reads all of `path`, the free positions too, which only building needs: the
+// database is open for building with `names`, which must outlive it, and is not
+// to be changed. (What is no regular file is opened for lookups.) Throws
+// ProgramError, with the reason, when it cannot be opened, and ErrException as
+// URLDB::openFile when it is no sound database.
+void openForCheck(URLDB* db, CategoryNames* names, const std::string& path);
 
-// The same for commands that need a sound database: ProgramError in both cases,
-// with what to do.
+// Opens `path` for lookups. Throws ProgramError in both cases, with what to do.
 void openDatabase(URLDB* db, const std::string& path);
 
 // Gives `command` the required option -d FILE.

@@ -11,7 +11,7 @@
 namespace urldb {
 
 namespace {
-constexpr std::size_t kPiece = 64 * 1024;
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
 }  // namespace
 
 void Output::write(std::string_view text) {
@@ -30,7 +30,9 @@ void Output::flush() {
     } else if (errno == EPIPE) {
       throw ReaderGone();
     } else if (errno != EINTR) {
-      throw ProgramError(std::string("standard output: ") +
+      throw ProgramError(std::string(fd_ == STDERR_FILENO
+                                         ? "standard error: "
+                                         : "standard output: ") +
                          std::strerror(errno));
     }
   }

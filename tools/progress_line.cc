@@ -32,15 +32,16 @@ std::size_t terminalWidth() {
 
 ProgressLine::ProgressLine() : terminal_(::isatty(STDERR_FILENO) == 1) {}
 
-void ProgressLine::show(std::string_view text) {
+void ProgressLine::show(std::string_view phase, std::string_view detail) {
   using std::chrono::milliseconds;
   if (!terminal_) return;
   const auto now = std::chrono::steady_clock::now();
-  if (shown_ && now - last_ < milliseconds(100)) return;
+  if (shown_ && phase == phase_ && now - last_ < milliseconds(100)) return;
   last_ = now;
   shown_ = true;
+  phase_ = phase;
   // A line that wraps could not be rewritten.
-  const std::string line = escapeText(text);
+  const std::string line = escapeText(phase_ + std::string(detail));
   put(std::string(kErase) + line.substr(0, terminalWidth() - 1));
 }
 

@@ -2,6 +2,7 @@
 #define URLDB_TOOLS_PROGRESS_LINE_H_
 
 #include <chrono>
+#include <string>
 #include <string_view>
 
 namespace urldb {
@@ -15,8 +16,9 @@ class ProgressLine {
   ProgressLine& operator=(const ProgressLine&) = delete;
   ~ProgressLine() { clear(); }
 
-  // Puts `text` in place of what stands there, at most ten times a second.
-  void show(std::string_view text);
+  // Puts `phase` and `detail` in place of what stands there; at most ten times
+  // a second while the phase is the same.
+  void show(std::string_view phase, std::string_view detail = {});
 
   // Takes the line away, before anything else is written to the terminal.
   void clear();
@@ -24,6 +26,7 @@ class ProgressLine {
  private:
   bool terminal_;
   bool shown_ = false;
+  std::string phase_;
   std::chrono::steady_clock::time_point last_;
 };
 

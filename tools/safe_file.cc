@@ -53,7 +53,7 @@ bool flushPath(const std::string& path) {
 }  // namespace
 
 SafeFile::SafeFile(const std::string& target) : target_(followLinks(target)) {
-  if (target.empty()) throw ProgramError("no name for the file to write");
+  requireFileName(target);
   struct stat status {};
   if (::stat(target_.c_str(), &status) == 0) {
     if (!S_ISREG(status.st_mode)) fail(target, "not a regular file");

@@ -43,6 +43,25 @@ std::vector<std::string> namesIn(const std::string& folder) {
   return names;
 }
 
+// Why there is no list at the path, or "". Looks without opening: opening a
+// device may already do something to it. `*error` is the errno of the look, 0
+// when it could be had.
+std::string faultOfList(const ListFile& list, int* error) {
+  *error = 0;
+  if (list.path == kStandardInput) return {};
+  struct stat status {};
+  if (::stat(list.path.c_str(), &status) != 0) {
+    *error = errno;
+    return std::strerror(errno);
+  }
+  if (S_ISDIR(status.st_mode)) return "a folder, where a list is expected";
+  if (S_ISFIFO(status.st_mode) && !list.maybePipe)
+    return "a pipe, where a list file is expected";
+  if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode))
+    return "neither a file nor a pipe, where a list is expected";
+  return {};
+}
+
 // Walks the folders of one source.
 class Walk {
  public:
@@ -110,6 +129,21 @@ class Walk {
     return false;
   }
 
+  // Takes `place` as a list, or refuses what can be none. An error of the
+  // system is left to the opening.
+  void takeList(const Place& place, const Category& category) {
+    ListFile list{place.path, place.shownName, category, false};
+    int error = 0;
+    const std::string fault = faultOfList(list, &error);
+    if (error == ENOENT) {
+      refuse(place, "a symbolic link that leads nowhere");
+    } else if (!fault.empty() && (error == 0 || error == ELOOP)) {
+      refuse(place, fault);
+    } else {
+      source_->lists.push_back(std::move(list));
+    }
+  }
+
   void walkCategory(const Place& folder, const Category& category) {
     const std::vector<std::string> names = namesIn(folder.path);
     const auto isList = [](const std::string& name) {
@@ -118,9 +152,7 @@ class Walk {
     };
     for (const std::string& name : names) {
       Place place = below(folder, name);
-      if (isList(name) && !isLinkTooMany(&place))
-        source_->lists.push_back(
-            {place.path, place.shownName, category, false});
+      if (isList(name) && !isLinkTooMany(&place)) takeList(place, category);
     }
     for (const std::string& name : names) {
       Place place = below(folder, name);
@@ -137,21 +169,11 @@ class Walk {
   ListSource* source_;
 };
 
-// Throws ProgramError when there is nothing at the path, or something that is
-// no list. Looks without opening: opening a device may already do something to
-// it.
 void requireList(const ListFile& list) {
-  if (list.path == kStandardInput) return;
-  const auto fail = [&list](const char* reason) {
-    throw ProgramError(list.path + ": " + reason);
-  };
-  struct stat status {};
-  if (::stat(list.path.c_str(), &status) != 0) fail(std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) fail("a folder, where a list is expected");
-  if (S_ISFIFO(status.st_mode) && !list.maybePipe)
-    fail("a pipe, where a list file is expected");
-  if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode))
-    fail("neither a file nor a pipe, where a list is expected");
+  requireFileName(list.path);
+  int error = 0;
+  const std::string fault = faultOfList(list, &error);
+  if (!fault.empty()) throw ProgramError(list.path + ": " + fault);
 }
 
 }  // namespace

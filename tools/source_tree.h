@@ -20,7 +20,8 @@ struct ListFile {
   bool maybePipe = false;
 };
 
-// A folder, or a link, below a source folder that is left out.
+// What is left out below a source folder: a folder, a link, or something that
+// has the name of a list and cannot be one.
 struct RefusedPath {
   std::string path;
   std::string shownName;
@@ -41,14 +42,16 @@ struct ListSource {
 //
 // A folder has one folder for each category, which holds `domains`, `urls` or
 // both, and may hold one more level of such folders for pairs. Lists come in
-// the order of the categories, `domains` before `urls`. Deeper folders, and
-// folders whose name is no usable category, are refused; hidden folders and
-// other files are passed over. A symbolic link is followed; another one behind
-// it is refused.
+// the order of the categories, `domains` before `urls`. Deeper folders,
+// folders whose name is no usable category, and a `domains` or `urls` that is a
+// folder, a pipe or a device are refused; hidden folders and other files are
+// passed over. A symbolic link is followed; another one behind it, and one that
+// leads nowhere, is refused.
 //
-// Throws ProgramError for a category that cannot be used, and for a list that
-// is missing or cannot be one: a folder, a device, or a pipe where none may be.
-// Standard input (/dev/stdin) may be anything.
+// Throws ProgramError for a category that cannot be used, for a list that
+// cannot be reached, and for an argument that names no list: a missing file or
+// a device, or a folder behind "CATEGORY=". Standard input (/dev/stdin) may be
+// anything.
 ListSource findLists(const std::string& argument);
 
 // Opens a list; for a pipe, this waits for its other end. Throws ProgramError

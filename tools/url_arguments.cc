@@ -6,6 +6,7 @@
 
 #include "common/error.h"
 #include "tools/program_error.h"
+#include "tools/text_arguments.h"
 
 namespace urldb {
 
@@ -32,16 +33,8 @@ bool UrlArguments::next(std::string* url) {
 }
 
 void addUrlArguments(CLI::App* command, std::vector<std::string>* urls) {
-  constexpr int kAnyNumber = 1 << 28;
-  // A fixed number, as if all of them were wanted, and no "extra" arguments:
-  // those would have "[a,b]" taken apart as a list.
-  command
-      ->add_option("URL", *urls,
-                   "A URL; '-', or none at all: lines of standard input")
-      ->expected(kAnyNumber)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->allow_extra_args(false)
-      ->type_name("");
+  addTextArguments(command, "URL", urls,
+                   "A URL; '-', or none at all: lines of standard input");
 }
 
 }  // namespace urldb

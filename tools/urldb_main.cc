@@ -103,6 +103,7 @@ int main(int argc, char** argv) {
   // A closed pipe is an error of the write then, which Output knows; a signal
   // could end a build half-way.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // a limit on file sizes likewise
   try {
     return urldb::run(argc, argv);
   } catch (const urldb::ReaderGone&) {

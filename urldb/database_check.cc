@@ -1,8 +1,11 @@
 #include "urldb/database_check.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 #include <new>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "common/error.h"
@@ -11,6 +14,10 @@
 
 namespace urldb {
 namespace {
+
+bool isControlByte(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
 
 class DatabaseChecker {
  public:
@@ -25,6 +32,7 @@ class DatabaseChecker {
     names_ = view_.names->view().names.size();
     faults_ = checkTrie(*view_.trie, limit_);
     checkNames();
+    checkHierarchy();
     checkIdentifiers();
     checkLists();
     checkFreePositions();
@@ -51,12 +59,26 @@ class DatabaseChecker {
     const CategoryView categories = view_.names->view();
     if (names_ > kMostNames)
       fault({static_cast<int64_t>(names_), " names are too many"});
-    for (std::size_t i = 0; i < names_; ++i) {
-      if (*categories.names[i] == '\0')
-        fault({"category ", static_cast<int64_t>(i) + 1, " has no name"});
+    std::unordered_map<std::string_view, int64_t> firstID;  // by name
+    int64_t id = 0;
+    for (const std::string_view name : categories.names) {
+      ++id;
+      if (name.empty()) {
+        fault({"category ", id, " has no name"});
+        continue;
+      }
+      if (std::any_of(name.begin(), name.end(), isControlByte))
+        fault({"the name of category ", id, " holds a control byte"});
+      const auto [first, isNew] = firstID.try_emplace(name, id);
+      if (!isNew)
+        fault({"category ", id, " has the same name as category ",
+               first->second});
     }
+  }
+
+  void checkHierarchy() {
     int before = 0;
-    for (const CategoryBranch& branch : categories.branches()) {
+    for (const CategoryBranch& branch : view_.names->view().branches()) {
       if (!isName(static_cast<uint32_t>(branch.level1)))
         fault({"level 1 of the hierarchy has the ID ", branch.level1,
                ", which has no name"});

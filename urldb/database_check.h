@@ -11,10 +11,11 @@ namespace urldb {
 
 // Looks at everything in an open database: the trie (checkTrie), the URL index,
 // the category lists, the free positions, the names and their hierarchy, and
-// how these agree. Returns what is wrong, a sentence with numbers for each
-// fault, at most `limit` of them; empty: sound. Time and memory are linear in
-// the size of the database, whatever it holds. Throws code 1, section 3004,
-// when memory runs out.
+// how these agree. A name that is empty, holds a control byte or is that of
+// another category is a fault, too. Returns what is wrong, a sentence with
+// numbers for each fault, at most `limit` of them; empty: sound. Time and
+// memory are linear in the size of the database, whatever it holds. Throws code
+// 1, section 3004, when memory runs out.
 std::vector<std::string> checkDatabase(const URLDB& db, std::size_t limit);
 
 }  // namespace urldb
