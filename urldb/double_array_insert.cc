@@ -17,10 +17,6 @@ namespace {
 constexpr int kSection = 60;
 constexpr int kSpareCells = 256;  // beyond any cell written: one for each label
 
-// Cell numbers and TAIL positions are ints; arrays end a little before those
-// do.
-constexpr int64_t kMostElements = std::numeric_limits<int>::max() - 1024;
-
 NodeList listOf(int label) {
   NodeList list;
   list.add(label);
