@@ -1,21 +1,18 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "common/file_descriptor.h"
+#include "tests/build_fixture.h"
 #include "tests/run_program.h"
 #include "tests/temporary_folder.h"
 #include "tests/terminal.h"
@@ -25,71 +22,6 @@
 
 namespace urldb {
 namespace {
-
-constexpr const char* kProgram = URLDB_PROGRAM;
-
-bool holds(const std::string& text, std::string_view part) {
-  return text.find(part) != std::string::npos;
-}
-
-class BuildCommand : public testing::Test {
- protected:
-  using Arguments = std::vector<std::string>;
-
-  // Runs `urldb build -o <db> arguments...`.
-  ProgramResult build(const Arguments& arguments,
-                      std::string_view input = {}) const {
-    Arguments command = {kProgram, "build", "-o", db()};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return runProgram(command, input);
-  }
-
-  // The same from the folder, for shell lines.
-  std::string buildLine() const {
-    return "cd " + folder_.path() + " && " + kProgram + " build -o db ";
-  }
-
-  // The categories of a URL, as `urldb lookup` prints them.
-  std::string lookup(const std::string& url) const {
-    const ProgramResult result =
-        runProgram({kProgram, "lookup", "-d", db()}, url + "\n");
-    EXPECT_EQ("", result.err);
-    const std::size_t tab = result.out.find('\t');
-    if (tab == std::string::npos) return "no answer: " + result.out;
-    return result.out.substr(tab + 1, result.out.size() - tab - 2);
-  }
-
-  std::string dump() const {
-    const ProgramResult result = runProgram({kProgram, "dump", "-d", db()});
-    EXPECT_EQ(0, result.status) << result.err;
-    return result.out;
-  }
-
-  // A database to be kept, and what it must still be afterwards.
-  void makeOld() {
-    ASSERT_EQ(0, build({"old=/dev/stdin"}, "old.com\n").status);
-    old_ = folder_.read("db");
-  }
-  void expectOldUntouched() const {
-    EXPECT_TRUE(old_ == folder_.read("db")) << "the database has changed";
-    expectNoTemporaryFile();
-  }
-  void expectNoTemporaryFile() const { EXPECT_FALSE(temporaryFileIsThere()); }
-
-  bool temporaryFileIsThere() const {
-    for (const auto& entry :
-         std::filesystem::directory_iterator(folder_.path())) {
-      if (entry.path().filename().string().rfind(".urldb-", 0) == 0)
-        return true;
-    }
-    return false;
-  }
-
-  std::string db() const { return folder_.path("db"); }
-
-  TemporaryFolder folder_;
-  std::string old_;
-};
 
 TEST_F(BuildCommand, FolderOfListsBecomesADatabaseThatAnswers) {
   folder_.write("lists/news/domains", "example.com\n");
@@ -567,120 +499,6 @@ TEST_F(BuildCommand, RefusalsThatNobodyReadsChangeNothing) {
     // Nor is the reason of an end covered by them.
     EXPECT_EQ(2, runShell(buildLine() + "news=list nowhere " + to).status);
   }
-}
-
-// A build that runs while the test goes on.
-class RunningBuild {
- public:
-  // Runs `urldb build -o folder/db a=folder/LIST`, its messages on `err`.
-  RunningBuild(const TemporaryFolder& folder, const char* list, int err) {
-    const std::string target = folder.path("db");
-    const std::string source = "a=" + folder.path(list);
-    child_ = ::fork();
-    if (child_ != 0) return;
-    ::dup2(err, 1);
-    ::dup2(err, 2);
-    ::execl(kProgram, kProgram, "build", "-o", target.c_str(), source.c_str(),
-            static_cast<char*>(nullptr));
-    ::_exit(127);
-  }
-  RunningBuild(const RunningBuild&) = delete;
-  RunningBuild& operator=(const RunningBuild&) = delete;
-  ~RunningBuild() {
-    if (child_ > 0) wait();
-  }
-
-  void send(int signal) const { ::kill(child_, signal); }
-
-  int wait() {
-    int status = 0;
-    while (::waitpid(child_, &status, 0) < 0 && errno == EINTR) {
-    }
-    child_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  }
-
- private:
-  pid_t child_;
-};
-
-class InterruptedBuild : public BuildCommand {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(0, ::mkfifo(folder_.path("pipe").c_str(), 0600));
-    makeOld();
-  }
-
-  void waitForTemporaryFile() const {
-    for (int i = 0; i < 6000 && !temporaryFileIsThere(); ++i) ::usleep(10000);
-    ASSERT_TRUE(temporaryFileIsThere());
-  }
-
-  // Interrupts a build that waits for its list, and looks at what remains.
-  void interrupt(int signal, const char* name) {
-    SCOPED_TRACE(name);
-    const std::string messages = folder_.write("messages", "");
-    const FileDescriptor err(::open(messages.c_str(), O_WRONLY | O_CLOEXEC));
-    RunningBuild build(folder_, "pipe", err.get());
-    waitForTemporaryFile();
-    ::usleep(50000);  // it is at its list now, or is about to be
-    build.send(signal);
-    EXPECT_EQ(2, build.wait());
-    EXPECT_EQ(std::string("urldb: interrupted by ") + name + "\n",
-              folder_.read("messages"));
-    expectOldUntouched();
-  }
-
-  void interruptAll() {
-    interrupt(SIGINT, "SIGINT");
-    interrupt(SIGTERM, "SIGTERM");
-    interrupt(SIGHUP, "SIGHUP");
-  }
-
-  // Interrupts a build of many keys when `phase` shows on its terminal, until
-  // one is caught before it has come to `next`.
-  void interruptIn(const char* phase, const char* next) {
-    std::string list;
-    for (int i = 0; i < 100000; ++i)
-      list += "host" + std::to_string(i * 7919) + ".com\n";
-    folder_.write("list", list);
-    bool caught = false;
-    for (int attempt = 0; attempt < 20 && !caught; ++attempt) {
-      folder_.write("db", old_);
-      Terminal terminal;
-      RunningBuild build(folder_, "list", terminal.fd());
-      terminal.closeProgramSide();
-      ASSERT_TRUE(terminal.waitFor(phase)) << terminal.waitForEnd();
-      build.send(SIGTERM);
-      const std::string shown = terminal.waitForEnd();
-      const int status = build.wait();
-      if (status == 0) continue;  // it was done before the signal came
-      ASSERT_EQ(2, status) << shown;
-      ASSERT_TRUE(holds(shown, "\r\x1B[Kurldb: interrupted by SIGTERM\r\n"))
-          << shown;
-      expectOldUntouched();
-      caught = !holds(shown, next);
-    }
-    EXPECT_TRUE(caught);
-  }
-};
-
-TEST_F(InterruptedBuild, WhileItWaitsForTheOtherEndOfAPipe) { interruptAll(); }
-
-TEST_F(InterruptedBuild, WhileItWaitsForMoreLines) {
-  const FileDescriptor writer(
-      ::open(folder_.path("pipe").c_str(), O_RDWR | O_CLOEXEC));
-  ASSERT_TRUE(writer.valid());
-  ASSERT_EQ(6, ::write(writer.get(), "a.com\n", 6));
-  interruptAll();
-}
-
-TEST_F(InterruptedBuild, WhileItAddsKeys) {
-  interruptIn("\r\x1B[Kadding keys: ", "\r\x1B[Kwriting");
-}
-
-TEST_F(InterruptedBuild, WhileItWrites) {
-  interruptIn("\r\x1B[Kwriting", "lines        kept");
 }
 
 TEST_F(BuildCommand, ProgressIsShownOnATerminalOnly) {
