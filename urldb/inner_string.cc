@@ -23,7 +23,7 @@ InnerString::InnerString(const unsigned char* key, int convMode) {
   if (key == nullptr) return;
   const auto* text = reinterpret_cast<const char*>(key);
   const std::size_t length = std::strlen(text);
-  if (std::memchr(text, TERM_CHAR, length) != nullptr) {
+  if (std::strchr(text, TERM_CHAR) != nullptr) {
     throw ErrException(ERR_INVALID_ARGUMENT, kSection, "%s", text);
   }
   if (length > kLongestKey) throw ErrException(ERR_NO_MEMORY, kSection);
