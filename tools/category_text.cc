@@ -5,7 +5,6 @@
 namespace urldb {
 
 const std::string& CategoryText::name(std::size_t id) {
-  if (id >= known_.size()) known_.resize(id + 1);
   std::string& text = known_[id];
   if (!text.empty()) return text;
   const auto names = names_.view().names;

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <unordered_map>
 
 #include "urldb/category_names.h"
 
@@ -30,7 +30,8 @@ class CategoryText {
   CategoryText(const CategoryNames& names, Escape escape)
       : names_(names), escape_(escape) {}
 
-  // The name of a category, or its number when it has no name.
+  // The name of a category, or its number when it has no name. The text lasts
+  // as long as this object.
   const std::string& name(std::size_t id);
 
   // A value: one name when both halves are the same ID, else "level1/level2".
@@ -50,7 +51,8 @@ class CategoryText {
  private:
   const CategoryNames& names_;
   Escape escape_;
-  std::vector<std::string> known_;  // by ID; empty: not asked for yet
+  // By ID, what has been asked for; a map, so that texts stay where they are.
+  std::unordered_map<std::size_t, std::string> known_;
 };
 
 }  // namespace urldb
