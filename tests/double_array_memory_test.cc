@@ -147,8 +147,8 @@ TEST(DoubleArrayMemory, FirstInsertionAfterAReadFailsCleanly) {
   EXPECT_EQ(5, trie.search("abd"));
 }
 
-// A failed insertion may leave cells behind, but no key may answer that was not
-// stored, no other key may change, and insertion goes on.
+// After a failed insertion no key answers that was not stored, no other key has
+// changed, and insertion goes on.
 TEST(DoubleArrayMemory, FailedInsertionLeavesTheOtherKeys) {
   const std::string far(3000, 'f');
   const struct {
